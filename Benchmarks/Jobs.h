@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: Apache-2.0
+// What is timed: jobs done by an effect, and by a peer where there is one.
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <string>
+#include <vector>
+
+#include "Catalog.h"
+
+namespace bench {
+
+struct Job {
+  std::string name;    // as in peers.tsv, where it is listed there
+  std::string effect;  // in the catalog
+  std::vector<catalog::Value> values = {};
+  std::string peerName = {};
+  void (*peer)(const cv::Mat& src, cv::Mat& dst) = nullptr;  // the same work, single-threaded
+};
+
+/// The jobs with a peer, then every other effect of the catalog at its good values.
+std::vector<Job> Jobs();
+
+}  // namespace bench

@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Catalog.h"
+
+#include <QVEffects/QVEffects.h>
+
+#include <algorithm>
+
+#include "Bind.h"
+
+namespace catalog {
+namespace {
+
+// The name of a C function and the call of it.
+#define FUNCTION(name) #name, Bind(name)
+
+constexpr Color kBlack = {0, 0, 0, 1};
+
+// Outset of an effect that looks at one pixel at a time.
+int Pixelwise(std::span<const Value>) { return 0; }
+
+Parameter ColorOf(std::string_view name, Color good, std::string_view help) {
+  return {name, Kind::Color, "", 0, 1, kBlack, good, help};
+}
+
+const std::vector<Effect>& Table() {
+  static const std::vector<Effect> table = {
+      {"copy", FUNCTION(QVEffectsCopyImage), "Copies the rectangle as it is.", InPlace::Yes,
+       Pixelwise},
+      {"fill-color",
+       FUNCTION(QVEffectsFillColor),
+       "Fills the rectangle with one colour, transparency included.",
+       InPlace::Yes,
+       Pixelwise,
+       {ColorOf("color", {0.85f, 0.45f, 0.15f, 1}, "what to fill with")},
+       kNeedsNothing,
+       Transparency::Set},
+      {"invert", FUNCTION(QVEffectsInvert), "Turns every colour into its complement.", InPlace::Yes,
+       Pixelwise},
+  };
+  return table;
+}
+
+constexpr std::array<Exception, 0> kExceptions = {};
+
+struct Meaning {
+  int status;
+  std::string_view text;
+};
+
+constexpr Meaning kMeanings[] = {
+    {kQVStatusSuccess, "done"},
+    {kQVStatusUnknown, "unknown failure"},
+    {kQVStatusUnknown2, "unknown failure or out of memory"},
+    {kQVStatusCannotBeMet, "the request can't be met"},
+    {kQVStatusUnsupportedOlder, "this kind of image isn't supported"},
+    {kQVStatusBadArgument, "bad argument, or samples that can't be had"},
+    {kQVStatusCancelled, "cancelled"},
+    {kQVStatusUnsupported, "this kind of image isn't supported"},
+    {kQVStatusUnknown3, "unknown failure"},
+    {kQVStatusOutOfMemory, "out of memory"},
+};
+
+}  // namespace
+
+std::span<const Effect> Effects() { return Table(); }
+
+std::span<const Exception> Exceptions() { return kExceptions; }
+
+const Effect* Find(std::string_view name) {
+  const auto found = std::ranges::find(Table(), name, &Effect::name);
+  return found == Table().end() ? nullptr : &*found;
+}
+
+std::vector<Value> GoodValues(const Effect& effect) {
+  std::vector<Value> values;
+  values.reserve(effect.parameters.size());
+  for (const Parameter& parameter : effect.parameters) values.push_back(parameter.good);
+  return values;
+}
+
+std::string_view StatusMeaning(int status) {
+  const auto* found = std::ranges::find(kMeanings, status, &Meaning::status);
+  return found == std::end(kMeanings) ? "a status of the core library" : found->text;
+}
+
+Argument<const float*>::Argument(const Value& value, const Call& call) {
+  const Color& color = std::get<Color>(value);
+  const int colors = QVImageGetNumPlanes(call.dst) - QVImageGetTransparency(call.dst);
+  if (colors >= 3) {
+    mSamples.assign(color.begin(), color.begin() + 3);
+  } else {
+    mSamples.assign(1, 0.299f * color[0] + 0.587f * color[1] + 0.114f * color[2]);
+  }
+  mSamples.resize(std::max(colors, 0));
+  mSamples.resize(std::max(QVImageGetNumPlanes(call.dst), 0), color[3]);
+}
+
+}  // namespace catalog

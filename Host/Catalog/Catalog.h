@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: Apache-2.0
+// The table of effects: what the command line, the tests over all effects, the benchmarks and the
+// gallery know about each of them. A new effect is a row in Catalog.cpp.
+#pragma once
+
+#include <QVCore9/QVCore9.h>
+
+#include <array>
+#include <functional>
+#include <span>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace catalog {
+
+/// Red, green, blue and transparency (1 is opaque), 0 to 1.
+using Color = std::array<float, 4>;
+
+/// A parameter's value: a number (also an integer or a flag) or a colour.
+using Value = std::variant<double, Color>;
+
+enum class Kind { Number, Integer, Flag, Color };
+
+struct Parameter {
+  std::string_view name;
+  Kind kind;
+  std::string_view unit;  // "px", "degrees"; empty for a plain number
+  double min, max;        // the useful range; not used by colours
+  Value neutral;          // asks for nothing, or comes closest to it
+  Value good;             // what a user wants to see first
+  std::string_view help;
+};
+
+/// What an effect asks of its images.
+enum Needs : unsigned { kNeedsNothing = 0, kNeedsRGB = 1 };
+
+/// Whether src and dst may be the same image.
+enum class InPlace { No, Yes };
+
+/// What becomes of transparency: it stays that of src, or the effect sets it.
+enum class Transparency { Kept, Set };
+
+/// How far an effect reads around each pixel; kWholeImage when a part can't be worked on alone.
+using Outset = int (*)(std::span<const Value> values);
+inline constexpr int kWholeImage = -1;
+
+/// One call: where it reads and writes, and a value for each of the effect's parameters, in order.
+/// Effects on one image work on dst.
+struct Call {
+  __QVImage* src;
+  __QVImage* dst;
+  QVRect rect;
+  std::span<const Value> values;
+};
+
+struct Effect {
+  std::string_view name;      // on the command line: "fill-color"
+  std::string_view function;  // in C: "QVEffectsFillColor"
+  std::function<int(const Call&)> run;
+  std::string_view summary;  // one sentence
+  InPlace inPlace;
+  Outset outset;
+  std::vector<Parameter> parameters = {};
+  unsigned needs = kNeedsNothing;
+  Transparency transparency = Transparency::Kept;
+};
+
+/// All effects, in the order that lists show.
+std::span<const Effect> Effects();
+
+/// The effect of this name, or null.
+const Effect* Find(std::string_view name);
+
+/// An exported function without a row of its own, and why.
+struct Exception {
+  std::string_view function;
+  std::string_view reason;
+};
+std::span<const Exception> Exceptions();
+
+/// The good value of each parameter.
+std::vector<Value> GoodValues(const Effect& effect);
+
+/// A status in words.
+std::string_view StatusMeaning(int status);
+
+}  // namespace catalog

@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <mutex>
+#include <utility>
+
+#include "Chain.h"
+#include "Error.h"
+
+namespace qvfx {
+namespace {
+
+// Keeps the library's log off standard error, and the place of its last failure.
+class LogCapture {
+ public:
+  LogCapture() {
+    const QVLogHandler handler = {OnEvent, nullptr};
+    QVLogSetHandler(&handler, this);
+  }
+  ~LogCapture() { QVLogSetHandler(nullptr, nullptr); }
+  LogCapture(const LogCapture&) = delete;
+  LogCapture& operator=(const LogCapture&) = delete;
+
+  std::string Last() {
+    const std::lock_guard lock(mMutex);
+    return mLast;
+  }
+
+ private:
+  static void OnEvent(void* context, int, const char* path, int line) {
+    auto& self = *static_cast<LogCapture*>(context);
+    const std::lock_guard lock(self.mMutex);
+    self.mLast = std::string(path) + ":" + std::to_string(line);
+  }
+
+  std::mutex mMutex;
+  std::string mLast;
+};
+
+void CheckNeeds(const catalog::Effect& effect, const Picture& picture) {
+  if ((effect.needs & catalog::kNeedsRGB) && picture.channels < 3) {
+    throw Failure(Exit::Effect,
+                  std::string(effect.name) + ": works on RGB pictures only, not gray");
+  }
+}
+
+void CheckStatus(const catalog::Effect& effect, int status, const std::string& place) {
+  if (status == kQVStatusSuccess) return;
+  std::string text = std::string(effect.name) + ": refused with status " + std::to_string(status) +
+                     " (" + std::string(catalog::StatusMeaning(status)) + ")";
+  throw Failure(Exit::Effect, place.empty() ? text : text + " at " + place);
+}
+
+int Call(const Step& step, Picture& src, Picture& dst, QVRect rect) {
+  const ImagePtr dstView = ViewOf(dst);
+  const ImagePtr srcView = &src == &dst ? nullptr : ViewOf(src);
+  if (!dstView || (&src != &dst && !srcView)) return kQVStatusOutOfMemory;
+  return step.effect->run(
+      {srcView ? srcView.get() : dstView.get(), dstView.get(), rect, step.values});
+}
+
+}  // namespace
+
+void RunEffect(const Step& step, Picture& picture, QVRect rect, const Console& console) {
+  InStage(Exit::Effect, std::string(step.effect->name), [&] {
+    CheckNeeds(*step.effect, picture);
+    LogCapture log;
+    int status = kQVStatusSuccess;
+    if (step.effect->inPlace == catalog::InPlace::Yes) {
+      status = Call(step, picture, picture, rect);
+    } else {
+      Picture result = CopyOf(picture);
+      status = Call(step, picture, result, rect);
+      picture.samples = std::move(result.samples);
+    }
+    CheckStatus(*step.effect, status, console.verbose ? log.Last() : "");
+  });
+}
+
+void RunChain(std::span<const Step> chain, Picture& picture, QVRect rect, const Console& console) {
+  Progress progress(console, chain.size());
+  for (const Step& step : chain) {
+    progress.Step(step.effect->name);
+    RunEffect(step, picture, rect, console);
+  }
+}
+
+}  // namespace qvfx

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: Apache-2.0
+// What every CoreFoundation object is inside the core library.
+#pragma once
+
+#include <QVCore9/CoreFoundation.h>
+
+#include <atomic>
+#include <string>
+#include <vector>
+
+struct CFObject {
+  virtual ~CFObject() = default;
+  std::atomic<long> references = 1;
+};
+
+// Constants only, which live to the end of the process.
+struct __CFString : CFObject {
+  std::string text;
+};
+
+struct __CFArray : CFObject {
+  ~__CFArray() override;
+  CFArrayCallBacks callBacks = {};
+  std::vector<const void*> values;
+};

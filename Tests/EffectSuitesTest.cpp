@@ -1,0 +1,199 @@
+// SPDX-License-Identifier: Apache-2.0
+// What holds for every effect of the catalog.
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+#include "EffectRuns.h"
+
+namespace {
+
+using test::EffectRun;
+using test::Form;
+using test::Residency;
+using test::TestImage;
+
+constexpr QVRect kBounds = {-3, 5, 37, 23};
+constexpr QVRect kInside = {2, 9, 19, 8};
+constexpr QVRect kRects[] = {kBounds, kInside, {-9, 20, 17, 30}, {33, -4, 40, 14}, {2, 9, 0, 8}};
+
+bool IsIn(int x, int y, QVRect rect) { return QVPointInRect({x, y}, rect); }
+
+QVRect Outset(const EffectRun& run, QVRect rect) {
+  return QVRectIntersect(QVRectOutset(rect, run.effect->outset(run.values)), kBounds);
+}
+
+class EffectSuite : public testing::TestWithParam<const catalog::Effect*> {
+ protected:
+  // Failures are asked for here; their log lines would only hide others.
+  void SetUp() override {
+    constexpr QVLogHandler kSilent = {nullptr, nullptr};
+    QVLogSetHandler(&kSilent, nullptr);
+  }
+  void TearDown() override { QVLogSetHandler(nullptr, nullptr); }
+
+  const catalog::Effect& Effect() const { return *GetParam(); }
+};
+
+INSTANTIATE_TEST_SUITE_P(, EffectSuite, testing::ValuesIn(test::AllEffects()),
+                         [](const auto& info) { return test::NameOf(*info.param); });
+
+// Outside the rectangle nothing changes, nor does the source; transparency is what it should be.
+TEST_P(EffectSuite, Confinement) {
+  for (const EffectRun& run : test::RunsOf(Effect())) {
+    for (const QVRect& rect : kRects) {
+      SCOPED_TRACE(testing::Message() << run << " at " << rect.x << ", " << rect.y);
+      TestImage src(kBounds, run.form, Residency::kMemory, 1);
+      TestImage dst(kBounds, run.form, Residency::kMemory, 2);
+      const auto srcBefore = src.Bytes();
+      auto dstBefore = dst.Bytes();
+      ASSERT_EQ(run(src, dst, rect), kQVStatusSuccess);
+      EXPECT_EQ(src.Bytes(), srcBefore);
+
+      const int colors = run.form.planes - run.form.transparency;
+      for (int y = kBounds.y; y < kBounds.y + kBounds.height; y++) {
+        for (int x = kBounds.x; x < kBounds.x + kBounds.width; x++) {
+          if (!IsIn(x, y, rect)) continue;
+          if (run.form.transparency && Effect().transparency == catalog::Transparency::Kept) {
+            const int skip = colors * run.form.PlaneBytes();
+            ASSERT_EQ(std::memcmp(dst.Address(x, y) + skip, src.Address(x, y) + skip,
+                                  run.form.PlaneBytes()),
+                      0)
+                << x << ", " << y;
+          }
+          // What may change is taken out of the comparison of the whole buffer below.
+          std::memcpy(dstBefore.data() + (dst.Address(x, y) - dst.Bytes().data()),
+                      dst.Address(x, y), run.form.ColBytes());
+        }
+      }
+      EXPECT_EQ(dst.Bytes(), dstBefore);
+    }
+  }
+}
+
+// Images behind callbacks, and src as dst, give the same bits as images in memory.
+TEST_P(EffectSuite, Residency) {
+  for (const EffectRun& run : test::RunsOf(Effect())) {
+    for (const QVRect& rect : kRects) {
+      SCOPED_TRACE(testing::Message() << run << " at " << rect.x << ", " << rect.y);
+      TestImage src(kBounds, run.form, Residency::kMemory, 1);
+      TestImage expected(kBounds, run.form, Residency::kMemory, 1);
+      ASSERT_EQ(run(src, expected, rect), kQVStatusSuccess);
+      for (const auto srcAt : {Residency::kMemory, Residency::kCallbacks}) {
+        TestImage from(kBounds, run.form, srcAt, 1);
+        for (const auto dstAt : {Residency::kMemory, Residency::kCallbacks}) {
+          TestImage to(kBounds, run.form, dstAt, 1);
+          ASSERT_EQ(run(from, to, rect), kQVStatusSuccess);
+          EXPECT_EQ(to.Bytes(), expected.Bytes()) << srcAt << " to " << dstAt;
+          EXPECT_EQ(from.BadCalls() + to.BadCalls(), 0);
+        }
+        if (Effect().inPlace == catalog::InPlace::Yes) {
+          ASSERT_EQ(run(from, from, rect), kQVStatusSuccess);
+          EXPECT_EQ(from.Bytes(), expected.Bytes()) << "in place, " << srcAt;
+        }
+      }
+      EXPECT_EQ(TestImage::Living(), 0);
+    }
+  }
+}
+
+// A part of the image, and a tile cut out with the effect's outset, give the bits of the whole.
+TEST_P(EffectSuite, Parts) {
+  for (const EffectRun& run : test::RunsOf(Effect())) {
+    if (run.effect->outset(run.values) == catalog::kWholeImage) continue;
+    SCOPED_TRACE(testing::Message() << run);
+    const auto inside = [](int x, int y) { return IsIn(x, y, kInside); };
+    TestImage src(kBounds, run.form, Residency::kMemory, 1);
+    TestImage whole(kBounds, run.form, Residency::kMemory, 2);
+    TestImage part(kBounds, run.form, Residency::kMemory, 3);
+    ASSERT_EQ(run(src, whole, kBounds), kQVStatusSuccess);
+    ASSERT_EQ(run(src, part, kInside), kQVStatusSuccess);
+    EXPECT_EQ(Pixels(part, inside), Pixels(whole, inside));
+
+    const QVRect margin = Outset(run, kInside);
+    TestImage tile(margin, run.form, Residency::kMemory, 4);
+    TestImage result(margin, run.form, Residency::kMemory, 5);
+    ASSERT_EQ(QVImageRead2(src, margin, 0, -1, tile.Address(margin.x, margin.y), tile.Stride(), 0),
+              kQVStatusSuccess);
+    ASSERT_EQ(run(tile, result, kInside), kQVStatusSuccess);
+    EXPECT_EQ(Pixels(result, inside), Pixels(whole, inside));
+  }
+}
+
+bool IsKnown(int status) {
+  return catalog::StatusMeaning(status) != catalog::StatusMeaning(-12345);
+}
+
+// Rectangles that no image has: a documented status, and soon.
+TEST_P(EffectSuite, HostileRectangles) {
+  constexpr int kMin = std::numeric_limits<int>::min(), kMax = std::numeric_limits<int>::max();
+  constexpr QVRect kHostile[] = {
+      {0, 0, -1, 5},
+      {0, 0, 5, -1},
+      {kMin, kMin, kMax, kMax},
+      {kMax, kMax, kMax, kMax},
+      {kMin, kMin, kMin, kMin},
+      {-5, -5, kMax, kMax},
+      {kMax, 7, kMax, 1},
+      {3, kMin, 1, kMax},
+      {1000000, 7, 5, 5},
+      {-1000000, 7, 5, 5},
+  };
+  for (const EffectRun& run : test::RunsOf(Effect())) {
+    for (const auto residency : {Residency::kMemory, Residency::kCallbacks}) {
+      for (const QVRect& rect : kHostile) {
+        TestImage src({0, 0, 5, 4}, run.form, residency, 1);
+        TestImage dst({0, 0, 5, 4}, run.form, residency, 2);
+        const int status = run(src, dst, rect);
+        EXPECT_TRUE(IsKnown(status)) << run << ": " << status;
+      }
+    }
+  }
+}
+
+// Images that don't go together, that aren't there or that have no pixels.
+TEST_P(EffectSuite, HostileImages) {
+  const std::vector<EffectRun> runs = test::RunsOf(Effect());
+  for (const EffectRun& run : runs) {
+    TestImage src(kBounds, run.form, Residency::kMemory, 1);
+    EXPECT_NE(run(nullptr, nullptr, kInside), kQVStatusSuccess) << run;
+    EXPECT_NE(run(src, nullptr, kInside), kQVStatusSuccess) << run;
+    for (const Form& form : {Form{8, 1, 0}, {8, 5, 1}, {16, 4, 1}, {16, 64, 0}, {32, 3, 0}}) {
+      for (const QVRect bounds : {kBounds, QVRect{-3, 5, 1, 1}, {-3, 5, 0, 7}, {-3, 5, 7, 0}}) {
+        TestImage dst(bounds, form, Residency::kMemory, 2);
+        const int status = run(src, dst, kInside);
+        EXPECT_TRUE(IsKnown(status)) << run << " to " << form << ": " << status;
+        const int back = run(dst, src, kInside);
+        EXPECT_TRUE(IsKnown(back)) << run << " from " << form << ": " << back;
+      }
+    }
+  }
+}
+
+// NaN and infinities pass through or are held; nothing else happens.
+TEST_P(EffectSuite, HostileSamples) {
+  constexpr float kBad[] = {std::numeric_limits<float>::quiet_NaN(),
+                            std::numeric_limits<float>::infinity(),
+                            -std::numeric_limits<float>::infinity(),
+                            3e38f,
+                            -3e38f,
+                            1e-40f};
+  for (const EffectRun& run : test::RunsOf(Effect())) {
+    if (run.form.depth != 32) continue;
+    TestImage src(kBounds, run.form, Residency::kMemory, 1);
+    TestImage dst(kBounds, run.form, Residency::kMemory, 2);
+    int next = 0;
+    for (int y = 8; y < 18; y++) {
+      for (int x = 0; x < 30; x++) {
+        src.At<float>(x, y, next % run.form.planes) = kBad[next % std::size(kBad)];
+        next++;
+      }
+    }
+    EXPECT_EQ(run(src, dst, kInside), kQVStatusSuccess) << run;
+  }
+}
+
+}  // namespace

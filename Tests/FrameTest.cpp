@@ -1,0 +1,137 @@
+// SPDX-License-Identifier: Apache-2.0
+// What every effect stands on: sample types, dispatch, and how failures travel.
+#include <gmock/gmock.h>
+
+#include <bit>
+#include <cmath>
+#include <limits>
+#include <new>
+#include <stdexcept>
+
+#include "CaughtLog.h"
+#include "Utils/EffectFrame.h"
+
+namespace {
+
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+
+template <class T>
+class IntegerSamples : public testing::Test {};
+using IntegerTypes = testing::Types<uchar, ushort>;
+TYPED_TEST_SUITE(IntegerSamples, IntegerTypes);
+
+TYPED_TEST(IntegerSamples, RoundToNearestAndComeBack) {
+  constexpr int kMax = std::numeric_limits<TypeParam>::max();
+  const auto toSample = [](double value) {
+    return int{qv::FromUnit<TypeParam>(static_cast<float>(value))};
+  };
+  const float scale = std::bit_cast<float>(kMax == 255 ? 0x3B808081u : 0x37800080u);
+  for (int s = 0; s <= kMax; s++) {
+    const float unit = qv::ToUnit(static_cast<TypeParam>(s));
+    ASSERT_EQ(unit, static_cast<float>(s) * scale) << s;
+    ASSERT_EQ(toSample(unit), s);
+    // A hundredth off the half: more than floats this close to 1 are apart.
+    ASSERT_EQ(toSample((s - 0.49) / kMax), s);
+    ASSERT_EQ(toSample((s + 0.49) / kMax), s);
+    ASSERT_EQ(qv::Truncate<TypeParam>(static_cast<float>(s) + 0.99f), s);
+  }
+  EXPECT_EQ(toSample(0.5), kMax / 2 + 1) << "a half goes up";
+  for (const double low : {-0.0, -1e-9, -1.0, -1e30, -double{kInfinity}, std::nan("")}) {
+    EXPECT_EQ(toSample(low), 0) << low;
+  }
+  for (const double high : {1.0, 1.001, 2.0, 1e30, double{kInfinity}}) {
+    EXPECT_EQ(toSample(high), kMax) << high;
+  }
+}
+
+TEST(FloatSamples, StayAsTheyAre) {
+  for (const float value : {-0.0f, -3.5f, 0.1f, 7e20f, kInfinity, std::nanf("5")}) {
+    const auto bits = std::bit_cast<uint32_t>(value);
+    EXPECT_EQ(std::bit_cast<uint32_t>(qv::ToUnit(value)), bits);
+    EXPECT_EQ(std::bit_cast<uint32_t>(qv::FromUnit<float>(value)), bits);
+  }
+}
+
+TEST(Dispatch, GivesTypeAndLayout) {
+  for (const auto& [depth, expected] : {std::pair{8, 1 + 10},
+                                        {16, 2 + 10},
+                                        {32, 4 + 20},
+                                        {0, 1020},
+                                        {1, 1020},
+                                        {24, 1020},
+                                        {64, 1020},
+                                        {-8, 1020}}) {
+    EXPECT_EQ(qv::DispatchDepth(depth,
+                                []<class T>() {
+      return static_cast<int>(sizeof(T)) + (std::is_integral_v<T> ? 10 : 20);
+    }),
+              expected)
+        << depth;
+  }
+  for (int planes = 1; planes <= 64; planes++) {
+    for (int transparency = 0; transparency < 2 && transparency < planes; transparency++) {
+      SCOPED_TRACE(testing::Message() << planes << ' ' << transparency);
+      const bool isFixed = qv::DispatchLayout(planes, transparency, [&](auto layout) {
+        EXPECT_EQ(layout.planes, planes);
+        EXPECT_EQ(layout.transparency, transparency);
+        EXPECT_EQ(layout.colors, planes - transparency);
+        return std::is_empty_v<decltype(layout)>;
+      });
+      EXPECT_EQ(isFixed, planes <= 4 && (planes - transparency) % 2 == 1);
+    }
+  }
+}
+
+template <qv::Boundary boundary>
+int GuardAgainst(const std::function<int()>& body) {
+  return qv::Guard<boundary>({"Source/Here", 5}, 999, body);
+}
+
+TEST(Failure, BoundariesTurnExceptionsIntoStatuses) {
+  using qv::Boundary;
+  const std::function<int()> bodies[] = {
+      [] { return 42; }, []() -> int { throw 1007; }, []() -> int { throw std::bad_alloc(); },
+      []() -> int { throw std::runtime_error("unknown"); }, []() -> int { throw "unknown"; }};
+  const struct {
+    const char* what;
+    int (*guard)(const std::function<int()>&);
+    int statuses[5];
+    size_t events;
+  } cases[] = {
+      {"integer and unknown",
+       GuardAgainst<Boundary::kIntegerAndUnknown>,
+       {42, 1007, 999, 999, 999},
+       3},
+      {"with memory", GuardAgainst<Boundary::kWithMemory>, {42, 1007, -108, 999, 999}, 0},
+      {"memory only", GuardAgainst<Boundary::kMemoryOnly>, {42, 999, -108, 999, 999}, 0},
+      {"catch-all only", GuardAgainst<Boundary::kCatchAllOnly>, {42, 999, 999, 999, 999}, 0},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    test::CaughtLog log;
+    for (int i = 0; i < 5; i++) EXPECT_EQ(c.guard(bodies[i]), c.statuses[i]) << "body " << i;
+    EXPECT_EQ(log.events.size(), c.events);
+    for (const auto& event : log.events) {
+      EXPECT_TRUE(event.code == 999 && event.path == "Source/Here" && event.line == 5);
+    }
+  }
+}
+
+TEST(Failure, IsLoggedWhereItHappens) {
+  test::CaughtLog log;
+  int sample = 3;
+  qv::Check(kQVStatusSuccess, "Source/A");
+  EXPECT_EQ(qv::Required(&sample, "Source/A"), &sample);
+  EXPECT_TRUE(log.events.empty());
+  EXPECT_THROW(qv::Check(-108, "Source/A"), int);
+  EXPECT_THROW(qv::Required<int>(nullptr, {"Source/B", 77}), int);
+  const int line = __LINE__ - 2;
+  ASSERT_EQ(log.events.size(), 2u);
+  EXPECT_EQ(log.events[0].code, -108);
+  EXPECT_EQ(log.events[0].path, "Source/A");
+  EXPECT_EQ(log.events[0].line, line);
+  EXPECT_EQ(log.events[1].code, kQVStatusBadArgument);
+  EXPECT_EQ(log.events[1].line, 77);
+}
+
+}  // namespace

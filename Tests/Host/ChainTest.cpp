@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include "Catalog.h"
+#include "QvfxRun.h"
+
+namespace {
+
+constexpr int kWidth = 6;
+constexpr int kHeight = 4;
+
+class ChainTest : public QvfxTest {
+ protected:
+  // Sample i of the picture is i * 7 modulo 256, at 8 bits.
+  void WriteIn(const std::string& name, int channels) {
+    mIn.resize(static_cast<std::size_t>(kWidth * kHeight * channels));
+    for (std::size_t i = 0; i < mIn.size(); ++i) mIn[i] = static_cast<float>(i * 7 % 256);
+    WriteStored(At(name), {SpecOf(kWidth, kHeight, channels, OIIO::TypeUInt8), mIn});
+  }
+
+  // Pixel (x, y) of a file.
+  std::vector<float> Pixel(const std::string& name, int x, int y) {
+    const Stored picture = ReadStored(At(name));
+    const auto start = picture.samples.begin() + (y * kWidth + x) * picture.spec.nchannels;
+    return {start, start + picture.spec.nchannels};
+  }
+
+  std::vector<float> mIn;
+};
+
+TEST_F(ChainTest, EffectsRunInOrder) {
+  WriteIn("in.png", 4);
+  QvfxDone("in.png -o out.png invert");
+  const std::vector<float> inverted = ReadStored(At("out.png")).samples;
+  for (std::size_t i = 0; i < mIn.size(); ++i) {
+    EXPECT_EQ(inverted[i], i % 4 == 3 ? mIn[i] : 255 - mIn[i]) << i;
+  }
+  QvfxDone("in.png -o out.png invert : copy : invert");
+  EXPECT_EQ(ReadStored(At("out.png")).samples, mIn);
+  QvfxDone("in.png -o out.png fill-color color=red : invert");
+  EXPECT_THAT(ReadStored(At("out.png")).samples,
+              testing::Contains(255).Times(kWidth * kHeight * 3));
+  QvfxDone("in.png -o in.png invert");
+  EXPECT_EQ(ReadStored(At("in.png")).samples, inverted) << "in and out may be one file";
+}
+
+TEST_F(ChainTest, Rect) {
+  WriteIn("in.tif", 3);
+  QvfxDone("in.tif --rect 2,1,3,2 -o out.tif fill-color color=white");
+  const std::vector<float> samples = ReadStored(At("out.tif")).samples;
+  for (int i = 0; i < kWidth * kHeight * 3; ++i) {
+    const int x = i / 3 % kWidth, y = i / 3 / kWidth;
+    const bool inside = x >= 2 && x < 5 && y >= 1 && y < 3;
+    EXPECT_EQ(samples[i], inside ? 255 : mIn[i]) << x << "," << y;
+  }
+}
+
+TEST_F(ChainTest, Colors) {
+  struct Case {
+    const char* color;
+    std::vector<float> pixel;
+  };
+  const Case cases[] = {{"'#ff8000'", {255, 128, 0, 255}}, {"'#0102FF80'", {1, 2, 255, 128}},
+                        {"0,0.5,1", {0, 128, 255, 255}},   {"1,0,0,0.2", {255, 0, 0, 51}},
+                        {"0.2", {51, 51, 51, 255}},        {"orange", {255, 165, 0, 255}},
+                        {"transparent", {0, 0, 0, 0}},     {"1e-1,1.0,0", {26, 255, 0, 255}}};
+  WriteIn("in.png", 4);
+  for (const Case& c : cases) {
+    QvfxDone(std::string("in.png -o out.png fill-color color=") + c.color);
+    EXPECT_EQ(Pixel("out.png", 3, 2), c.pixel) << c.color;
+  }
+}
+
+// Gray pictures are for those effects only that don't ask for RGB.
+TEST_F(ChainTest, EveryEffectOnGrayAndRGB) {
+  WriteIn("gray.png", 2);
+  WriteIn("rgb.png", 4);
+  for (const catalog::Effect& effect : catalog::Effects()) {
+    const std::string name(effect.name);
+    const QvfxResult gray = Qvfx("gray.png -o gray-" + name + ".png " + name);
+    const bool refused = effect.needs & catalog::kNeedsRGB;
+    EXPECT_EQ(gray.code, refused ? 5 : 0) << name << gray.error;
+    EXPECT_EQ(gray.error.find(name + ": ") != std::string::npos, refused) << name;
+    EXPECT_EQ(std::filesystem::exists(At("gray-" + name + ".png")), !refused) << name;
+    QvfxDone("rgb.png -o rgb-" + name + ".png " + name);
+  }
+}
+
+TEST_F(ChainTest, OutputFile) {
+  WriteIn("in.png", 3);
+  WriteBytes("old.png", "old");
+  std::filesystem::create_symlink("old.png", At("link.png"));
+  QvfxDone("in.png -o link.png");
+  EXPECT_TRUE(std::filesystem::is_symlink(At("link.png")));
+  EXPECT_EQ(ReadStored(At("old.png")).samples, mIn);
+  ASSERT_EQ(Qvfx("in.png -o fresh.png", "umask 027").code, 0);
+  struct stat status = {};
+  ASSERT_EQ(stat(At("fresh.png").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0640u);
+  EXPECT_THAT(Names(), testing::ElementsAre("fresh.png", "in.png", "link.png", "old.png"));
+}
+
+}  // namespace

@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: Apache-2.0
+// Every call of the core library that can fail does so in turn: the effect must answer with the
+// right status and leave nothing behind.
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include "EffectRuns.h"
+
+namespace {
+
+using test::EffectRun;
+using test::Residency;
+using test::TestImage;
+
+constexpr int kFailure = 777;
+
+enum class Operation { kCreate, kRead, kWrite };
+
+struct Plan {
+  Operation operation;
+  int countdown;  // the call that fails; 0 for none
+} sPlan;
+
+bool Fails(Operation operation) {
+  return operation == sPlan.operation && sPlan.countdown > 0 && --sPlan.countdown == 0;
+}
+
+template <class F>
+F* Next(F*, const char* name) {
+  return reinterpret_cast<F*>(dlsym(RTLD_NEXT, name));
+}
+
+}  // namespace
+
+// These stand before the library's own.
+extern "C" {
+#define NEXT(name) Next(name, #name)
+
+__attribute__((visibility("default"))) int QVImageCreateWithParams2(QVRect bounds, int depth,
+                                                                    int planes, int colorSpace,
+                                                                    int transparency,
+                                                                    int dataSource,
+                                                                    __QVImage** result) {
+  static const auto next = NEXT(QVImageCreateWithParams2);
+  if (!Fails(Operation::kCreate)) {
+    return next(bounds, depth, planes, colorSpace, transparency, dataSource, result);
+  }
+  *result = nullptr;
+  return kFailure;
+}
+
+__attribute__((visibility("default"))) int QVImageRead2(__QVImage* image, QVRect rect, int first,
+                                                        int last, void* buffer, int rowBytes,
+                                                        int reserved) {
+  static const auto next = NEXT(QVImageRead2);
+  if (Fails(Operation::kRead)) return kFailure;
+  return next(image, rect, first, last, buffer, rowBytes, reserved);
+}
+
+__attribute__((visibility("default"))) int QVImageWrite2(__QVImage* image, QVRect rect, int first,
+                                                         int last, const void* buffer, int rowBytes,
+                                                         int reserved) {
+  static const auto next = NEXT(QVImageWrite2);
+  if (Fails(Operation::kWrite)) return kFailure;
+  return next(image, rect, first, last, buffer, rowBytes, reserved);
+}
+}
+
+namespace {
+
+constexpr QVRect kBounds = {0, 0, 21, 13};
+constexpr QVRect kRect = {-2, 3, 30, 7};
+
+int sEvents;
+
+// A failed creation comes back as it is. Rows that can't be read are bad arguments, or the unknown
+// failure of the effect. A failed write is dropped, since only a flush could tell.
+bool IsRight(Operation operation, int status) {
+  switch (operation) {
+    case Operation::kCreate: return status == kFailure;
+    case Operation::kRead:
+      return status == kQVStatusBadArgument || status == kFailure || status == kQVStatusUnknown2;
+    case Operation::kWrite: return status == kQVStatusSuccess || status == kFailure;
+  }
+  return false;
+}
+
+class CoreFailures : public testing::TestWithParam<const catalog::Effect*> {};
+
+INSTANTIATE_TEST_SUITE_P(, CoreFailures, testing::ValuesIn(test::AllEffects()),
+                         [](const auto& info) { return test::NameOf(*info.param); });
+
+TEST_P(CoreFailures, ComeBackAsStatus) {
+  const QVLogHandler handler = {[](void*, int, const char*, int) { sEvents++; }, nullptr};
+  QVLogSetHandler(&handler, nullptr);
+  int failed = 0;
+  for (const EffectRun& run : test::RunsOf(*GetParam())) {
+    for (const Operation operation : {Operation::kCreate, Operation::kRead, Operation::kWrite}) {
+      for (int n = 1;; n++) {
+        TestImage src(kBounds, run.form, Residency::kCallbacks, 1);
+        TestImage dst(kBounds, run.form, Residency::kCallbacks, 2);
+        sPlan = {operation, n};
+        sEvents = 0;
+        const int status = run(src, dst, kRect);
+        if (std::exchange(sPlan, {}).countdown > 0) {
+          EXPECT_EQ(status, kQVStatusSuccess) << run;
+          break;
+        }
+        failed++;
+        EXPECT_TRUE(IsRight(operation, status)) << run << ", call " << n << ": " << status;
+        EXPECT_EQ(sEvents > 0, status != kQVStatusSuccess) << run << ", call " << n;
+      }
+      EXPECT_EQ(TestImage::Living(), 0) << run;
+    }
+  }
+  EXPECT_GT(failed, 0);
+  QVLogSetHandler(nullptr, nullptr);
+}
+
+}  // namespace

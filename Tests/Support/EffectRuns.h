@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: Apache-2.0
+// The runs that tests over all effects make: each effect with several values on each form of image
+// that it takes.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "Catalog.h"
+#include "TestImage.h"
+
+namespace test {
+
+struct EffectRun {
+  const catalog::Effect* effect;
+  std::vector<catalog::Value> values;
+  Form form;
+
+  int operator()(__QVImage* src, __QVImage* dst, QVRect rect) const {
+    return effect->run({src, dst, rect, values});
+  }
+};
+std::ostream& operator<<(std::ostream& out, const EffectRun& run);
+
+/// The runs of one effect: good, neutral, smallest and largest values on all forms it takes.
+std::vector<EffectRun> RunsOf(const catalog::Effect& effect);
+
+/// For INSTANTIATE_TEST_SUITE_P: every effect, and its name.
+std::vector<const catalog::Effect*> AllEffects();
+std::string NameOf(const catalog::Effect& effect);
+
+/// The samples and padding of dst whose place satisfies `chosen` (x, y), or the whole buffer.
+std::vector<std::byte> Pixels(const TestImage& image, const std::function<bool(int, int)>& chosen);
+
+}  // namespace test

@@ -1,0 +1,9 @@
+// SPDX-License-Identifier: Apache-2.0
+/** @file
+ *  All effects. */
+#ifndef QVEFFECTS_QVEFFECTS_H
+#define QVEFFECTS_QVEFFECTS_H
+
+#include <QVEffects/QVEffectsBasics.h>
+
+#endif
