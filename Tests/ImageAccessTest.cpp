@@ -215,11 +215,13 @@ TEST(ImageAccess, RowsStandForEdges) {
   EXPECT_EQ(access.RowToRect(9, kLeft, 5), (VRect{9, -4, 10, 1}));
   EXPECT_EQ(access.RowToRect(-9, -1, -1), (VRect{-9, -1, -8, 2}));
   EXPECT_EQ(access.RowToRect(3, kLeft, INT_MIN), (VRect{3, -4, 4, 2}));
-  // The last row that an int can end stands for those past it; a row that is cut short isn't given.
-  EXPECT_EQ(access.RowToRect(INT_MAX, 1, 5), (VRect{INT_MAX - 1, 1, INT_MAX, 6}));
+  // A row that the range of int cuts short is not given.
+  EXPECT_EQ(access.RowToRect(INT_MAX, INT_MAX, 5), (VRect{INT_MAX, INT_MAX, INT_MAX, INT_MAX}));
   EXPECT_EQ(access.ReadRow(3, INT_MAX - 2, 5), nullptr);
   EXPECT_EQ(access.WriteRow(3, INT_MAX - 2, 5), nullptr);
-  EXPECT_NE(access.ReadRow(INT_MAX, INT_MAX - 5, 5), nullptr);
+  EXPECT_EQ(access.ReadRow(INT_MAX, 1, 5), nullptr);
+  EXPECT_NE(access.ReadRow(INT_MAX - 1, INT_MAX - 5, 5), nullptr);
+  EXPECT_NE(access.ReadRow(3, 6, -5), nullptr);
 }
 
 TEST(ImageAccess, ImagesWithoutPixels) {

@@ -19,7 +19,7 @@ constexpr Color kBlack = {0, 0, 0, 1};
 int Pixelwise(std::span<const Value>) { return 0; }
 
 Parameter ColorOf(std::string_view name, Color good, std::string_view help) {
-  return {name, Kind::Color, "", 0, 1, kBlack, good, help};
+  return {name, Kind::Rgba, "", 0, 1, kBlack, good, help};
 }
 
 const std::vector<Effect>& Table() {

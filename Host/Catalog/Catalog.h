@@ -20,7 +20,7 @@ using Color = std::array<float, 4>;
 /// A parameter's value: a number (also an integer or a flag) or a colour.
 using Value = std::variant<double, Color>;
 
-enum class Kind { Number, Integer, Flag, Color };
+enum class Kind { Number, Integer, Flag, Rgba };
 
 struct Parameter {
   std::string_view name;

@@ -25,7 +25,7 @@ struct KindName {
 constexpr KindName kKindNames[] = {{Kind::Number, "number"},
                                    {Kind::Integer, "integer"},
                                    {Kind::Flag, "flag"},
-                                   {Kind::Color, "color"}};
+                                   {Kind::Rgba, "color"}};
 
 struct NeedName {
   unsigned need;
@@ -34,7 +34,7 @@ struct NeedName {
 constexpr NeedName kNeedNames[] = {{catalog::kNeedsRGB, "rgb"}};
 
 Json ToJson(const Parameter& parameter, const catalog::Value& value) {
-  if (parameter.kind == Kind::Color) return std::get<catalog::Color>(value);
+  if (parameter.kind == Kind::Rgba) return std::get<catalog::Color>(value);
   const double number = std::get<double>(value);
   if (parameter.kind == Kind::Flag) return number != 0;
   if (parameter.kind == Kind::Integer) return static_cast<std::int64_t>(number);

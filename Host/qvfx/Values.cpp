@@ -141,7 +141,7 @@ std::optional<std::vector<int>> ParseIntegers(std::string_view text, char separa
 }
 
 Value ParseValue(const Parameter& parameter, std::string_view text, const std::string& where) {
-  if (parameter.kind == Kind::Color) {
+  if (parameter.kind == Kind::Rgba) {
     if (const auto color = ParseColor(text)) return *color;
     throw Failure(Exit::Usage,
                   where +
@@ -158,14 +158,14 @@ Value ParseValue(const Parameter& parameter, std::string_view text, const std::s
 
 std::string FormatValue(const Parameter& parameter, const Value& value) {
   if (parameter.kind == Kind::Flag) return std::get<double>(value) != 0 ? "on" : "off";
-  if (parameter.kind != Kind::Color) return Shortest(std::get<double>(value));
+  if (parameter.kind != Kind::Rgba) return Shortest(std::get<double>(value));
   const Color& color = std::get<Color>(value);
   std::string text = Shortest(color[0]) + "," + Shortest(color[1]) + "," + Shortest(color[2]);
   return color[3] == 1 ? text : text + "," + Shortest(color[3]);
 }
 
 std::string FormatRange(const Parameter& parameter) {
-  if (parameter.kind == Kind::Color) return "a colour";
+  if (parameter.kind == Kind::Rgba) return "a colour";
   if (parameter.kind == Kind::Flag) return "on or off";
   std::string text = Shortest(parameter.min) + " to " + Shortest(parameter.max);
   return parameter.unit.empty() ? text : text.append(" ").append(parameter.unit);

@@ -9,7 +9,7 @@ namespace {
 using catalog::Value;
 
 Value Extreme(const catalog::Parameter& parameter, bool largest) {
-  if (parameter.kind == catalog::Kind::Color) {
+  if (parameter.kind == catalog::Kind::Rgba) {
     return largest ? catalog::Color{1, 1, 1, 1} : catalog::Color{0, 0, 0, 0};
   }
   return largest ? parameter.max : parameter.min;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 /** @file
- *  The one Accelerate call that QVEffects makes. */
+ *  The one Accelerate call that QVEffects makes. It is part of libQVEffects, which is built for
+ * each CPU level. */
 #ifndef QVCORE9_ACCELERATE_H
 #define QVCORE9_ACCELERATE_H
 

@@ -82,7 +82,8 @@ typedef struct __QVCondition __QVCondition;
  *  @{ */
 
 /** Makes an image in memory. Its samples are undefined.
- *  @param bounds       place and size; a size may be 0. x + width and y + height must be ints.
+ *  @param bounds       place and size; a size may be 0. x + width, y + height and the bytes of
+ *                     a row must be ints.
  *  @param depth        bits a sample: 8, 16 or 32.
  *  @param planes       samples a pixel, transparency included: 1 to 64.
  *  @param colorSpace   see ::QVColorSpace; any value is carried.
@@ -228,7 +229,8 @@ QVCORE9_API QVRect QVAffineTransformTransformRect(QVRect rect, QVAffineTransform
  *  @param line line in it. */
 QVCORE9_API void QVLogEvent(int code, const char* path, int line);
 
-/** Writes a line of text, formatted as printf() does. */
+/** Writes a line of text, formatted as printf() does; an end of line at its end is dropped, and
+ * what is longer than 1023 bytes is cut. */
 QVCORE9_API void QVLogUTF8(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
 /** @}

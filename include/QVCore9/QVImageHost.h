@@ -63,7 +63,8 @@ typedef struct QVLogHandler {
 } QVLogHandler;
 
 /** Sends the log to a handler, which may be called from any thread; null sends it to standard
- *  error, as at the start. No effect may be running while the handler changes.
+ *  error, as at the start. No effect may be running while the handler changes,
+ *  since it may still call the old one.
  *  @param handler copied.
  *  @param context handed to each call. */
 QVCORE9_API void QVLogSetHandler(const QVLogHandler* handler, void* context);

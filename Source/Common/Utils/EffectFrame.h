@@ -53,14 +53,20 @@ auto DispatchLayout(int planes, int transparency, F&& f) {
   }
 }
 
-/// Whether pixels of one image can be read or written with the type and layout of the other.
+/// Whether pixels of one image can be read and written as those of the other.
 inline bool HaveSamePixels(__QVImage* a, __QVImage* b) {
   return QVImageGetDepth(a) == QVImageGetDepth(b) &&
          QVImageGetNumPlanes(a) == QVImageGetNumPlanes(b);
 }
 
-/// Samples worked on at a time where src and dst are one row: they stay in the first cache.
+/// Bytes worked on at a time where src and dst are one row: they stay in the first cache.
 inline constexpr size_t kStripBytes = 8192;
+
+/// Whether strips can hold a pixel, which a core library of the host's own might not promise.
+inline bool FitsStrip(__QVImage* image) {
+  return QVImageGetColBytes(image) > 0 &&
+         QVImageGetColBytes(image) <= static_cast<int>(kStripBytes);
+}
 
 /// Takes the pixels of a row from `from` to `to` by row(in, out, pixels, layout). Where the two
 /// overlap, `row` works into a strip, so that its pointers never do.
@@ -71,7 +77,7 @@ void MapRow(const T* from, T* to, int pixels, Layout layout, Row& row) {
   if (begin + bytes <= other || other + bytes <= begin) return row(from, to, pixels, layout);
 
   alignas(64) T strip[kStripBytes / sizeof(T)];
-  const int most = static_cast<int>(kStripBytes / sizeof(T)) / layout.planes;
+  const int most = static_cast<int>(kStripBytes / sizeof(T)) / layout.planes;  // at least 1
   for (int left = pixels; left > 0; left -= most) {
     const int count = std::min(left, most);
     const size_t samples = static_cast<size_t>(count) * layout.planes;
@@ -83,7 +89,8 @@ void MapRow(const T* from, T* to, int pixels, Layout layout, Row& row) {
 }
 
 /// Walks the rows of a rectangle of src and dst, images of the same pixels of type T.
-/// @param row see MapRow(); it writes every sample.
+/// @param row see MapRow(); it writes every sample. Each pixel depends on its own samples alone:
+///            those that fall outside dst aren't worked at all.
 template <class T, class Row>
 int MapRows(Where where, __QVImage* src, __QVImage* dst, VRect rect, Row row) {
   const int planes = QVImageGetNumPlanes(dst);
@@ -110,7 +117,7 @@ int MapPixels(Where where, __QVImage* src, __QVImage* dst, QVRect rect, Row row)
   if (!src || !dst) return kQVStatusBadArgument;
   return Guard(where, kQVStatusUnknown, [&] {
     return DispatchDepth(QVImageGetDepth(src), [&]<class T>() -> int {
-      if (!HaveSamePixels(src, dst)) return kQVStatusUnsupported;
+      if (!HaveSamePixels(src, dst) || !FitsStrip(dst)) return kQVStatusUnsupported;
       return MapRows<T>(where, src, dst, MakeVRect(rect), row);
     });
   });

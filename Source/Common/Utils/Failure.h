@@ -36,16 +36,17 @@ T* Required(T* samples, Where where) {
   return samples;
 }
 
-/// What a boundary makes of exceptions other than an int, which it returns without another log.
-/// Statuses that lost their int (kMemoryOnly, kCatchAllOnly) count as unknown.
+/// What a boundary makes of exceptions.
 enum class Boundary {
-  kIntegerAndUnknown,  // unknown: logged
-  kWithMemory,         // std::bad_alloc: kQVStatusOutOfMemory; unknown: not logged
-  kMemoryOnly,         // as kWithMemory, and an int is unknown
-  kCatchAllOnly,       // everything is unknown, not logged
+  kIntegerAndUnknown,  // an int is the status; anything else is unknown, and logged
+  kWithMemory,         // an int is the status; std::bad_alloc is out of memory; else unknown
+  kMemoryOnly,         // std::bad_alloc is out of memory; anything else, ints too, is unknown
+  kCatchAllOnly,       // everything is unknown
 };
 
-/// Runs the body of a routine behind a boundary and returns its status.
+/// Runs the body of a routine behind a boundary and returns its status. An int was logged where it
+/// was raised, and isn't again.
+/// @param unknown the status of an unknown failure.
 template <Boundary boundary = Boundary::kIntegerAndUnknown, class Body>
 int Guard(Where where, int unknown, Body&& body) {
   constexpr bool takesIntegers =

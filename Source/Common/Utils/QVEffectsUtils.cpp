@@ -3,17 +3,16 @@
 
 #include "Failure.h"
 #include "QVImageAccess.h"
-#include "RowStore.h"
+#include "RowCopier.h"
 
 namespace {
 
 constexpr const char* kSource = "Source/Common/Utils/QVEffectsUtils";
 
 void CopyRows(const unsigned char* from, int fromStride, unsigned char* to, int toStride, int rows,
-              size_t bytes) {
-  qv::RowStore store(rows * bytes);
+              size_t bytes, qv::RowCopier& copier) {
   for (int row = 0; row < rows; row++, from += fromStride, to += toStride) {
-    store.Put(to, from, bytes);
+    copier.Copy(to, from, bytes);
   }
 }
 
@@ -42,8 +41,11 @@ int CopyImage(__QVImage* src, __QVImage* dst, VRect rect, QVPoint offset) {
     int fromStride, toStride;
     const void* from = qv::Required(source.ReadRect(rect, fromStride), kSource);
     void* out = qv::Required(target.WriteRect(to, toStride), kSource);
+    const int rows = to.bottom - to.top;
+    const size_t bytes = static_cast<size_t>(to.right - to.left) * colBytes;
+    qv::RowCopier copier(target.memory ? rows * bytes : 0);
     CopyRows(static_cast<const unsigned char*>(from), fromStride, static_cast<unsigned char*>(out),
-             toStride, to.bottom - to.top, static_cast<size_t>(to.right - to.left) * colBytes);
+             toStride, rows, bytes, copier);
     return kQVStatusSuccess;
   });
 }

@@ -68,8 +68,9 @@ void* QVImageAccess::GetAddressInMemory(const VRect& rect, int& stride) const {
   if (!memory || bounds.Intersect(rect) != rect) return nullptr;
   if (packedOnly && Height(rect) > 1) return nullptr;
   stride = rowBytes;
-  return static_cast<unsigned char*>(memory) + int64_t{rect.top - bounds.top} * rowBytes +
-         int64_t{rect.left - bounds.left} * colBytes;
+  if (rect.IsEmpty()) return memory;
+  return static_cast<unsigned char*>(memory) + (int64_t{rect.top} - bounds.top) * rowBytes +
+         (int64_t{rect.left} - bounds.left) * colBytes;
 }
 
 // An inverted rectangle has no pixels. A row too long for an int stride can't be had.
@@ -88,15 +89,17 @@ void* QVImageAccess::AllocBuffer(const VRect& rect, int& stride) {
   return buffer;
 }
 
-// A row past the last that an int can end is like any other below the image.
 VRect QVImageAccess::RowToRect(int row, int left, int width) const {
-  const int top = std::min(row, std::numeric_limits<int>::max() - 1);
   const int start = left == kImageLeft ? bounds.left : left;
-  return {top, start, top + 1, width < 0 ? bounds.right : VRect::Held(int64_t{start} + width)};
+  return {row, start, VRect::Held(int64_t{row} + 1),
+          width < 0 ? bounds.right : VRect::Held(int64_t{start} + width)};
 }
 
-// Whether a row of this width would end past the range of int: it can't be had.
-static bool EndsTooFar(const VRect& rect, int width) { return Width(rect) < width; }
+// Whether the rectangle of a row is all of it. What is pending is written out in any case.
+bool QVImageAccess::IsRow(const VRect& rect, int width) {
+  FlushBuffer();
+  return Height(rect) == 1 && (width < 0 || Width(rect) == width);
+}
 
 const void* QVImageAccess::ReadRect(const VRect& rect, int& stride) {
   FlushBuffer();
@@ -227,19 +230,19 @@ void* QVImageAccess::ReadWriteRect(const VRect& rect, int& stride) {
 const void* QVImageAccess::ReadRow(int row, int left, int width) {
   int stride;
   const VRect rect = RowToRect(row, left, width);
-  return EndsTooFar(rect, width) ? nullptr : ReadRect(rect, stride);
+  return IsRow(rect, width) ? ReadRect(rect, stride) : nullptr;
 }
 
 void* QVImageAccess::WriteRow(int row, int left, int width) {
   int stride;
   const VRect rect = RowToRect(row, left, width);
-  return EndsTooFar(rect, width) ? nullptr : WriteRect(rect, stride);
+  return IsRow(rect, width) ? WriteRect(rect, stride) : nullptr;
 }
 
 void* QVImageAccess::ReadWriteRow(int row, int left, int width) {
   int stride;
   const VRect rect = RowToRect(row, left, width);
-  return EndsTooFar(rect, width) ? nullptr : ReadWriteRect(rect, stride);
+  return IsRow(rect, width) ? ReadWriteRect(rect, stride) : nullptr;
 }
 
 int QVImageAccess::FlushBuffer() {

@@ -60,12 +60,14 @@ class QVEFFECTS_API QVImageAccess {
   void* WriteRow(int row, int left, int width);
   void* ReadWriteRow(int row, int left, int width);
 
+  /// Edges past the range of int are held to it. A row that is cut by that can't be had.
   VRect RowToRect(int row, int left, int width) const;
   void* GetAddressInMemory(const VRect& rect, int& rowBytes) const;
   void* AllocBuffer(const VRect& rect, int& rowBytes);
   int FlushBuffer();
 
  private:
+  bool IsRow(const VRect& rect, int width);
   void FillBuffer(const VRect& rect);
   bool ReadNearest(const VRect& rect, const VRect& inside, int rowBytes, VRect& place);
   void ExtendSideways(const VRect& rect, const VRect& place, int rowBytes);

@@ -30,7 +30,11 @@ struct VRect {
             std::max(right, other.right)};
   }
 
-  VRect operator*(int k) const { return {top * k, left * k, bottom * k, right * k}; }
+  /// All edges times k, held to the range of int.
+  VRect operator*(int k) const {
+    return {Held(int64_t{top} * k), Held(int64_t{left} * k), Held(int64_t{bottom} * k),
+            Held(int64_t{right} * k)};
+  }
 
   /// A rectangle that still encloses this one at scale 1 / k, k > 0.
   VRect operator/(int k) const {

@@ -15,7 +15,9 @@ struct CFObject {
 
 // Constants only, which live to the end of the process.
 struct __CFString : CFObject {
-  std::string text;
+  explicit __CFString(const char* aText) : text(aText) { references = kForever; }
+  static constexpr long kForever = 1L << 62;  // more references than anyone drops
+  const std::string text;
 };
 
 struct __CFArray : CFObject {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
+#include <exception>
 #include <map>
 #include <mutex>
 #include <new>
@@ -10,9 +11,6 @@ const CFAllocatorRef kCFAllocatorDefault = nullptr;
 
 // A capacity is a hint; past this the array just grows.
 static constexpr CFIndex kMostReserved = 4096;
-
-// More references than anyone drops.
-static constexpr long kForever = 1L << 62;
 
 __CFArray::~__CFArray() {
   if (!callBacks.release) return;
@@ -59,18 +57,15 @@ void CFRelease(CFTypeRef object) {
 }
 
 CFStringRef __CFStringMakeConstantString(const char* text) {
-  // Never destroyed: constants may be used while the process ends.
-  static std::mutex& mutex = *new std::mutex;
-  static auto& strings = *new std::map<std::string, __CFString, std::less<>>;
   if (!text) return nullptr;
   try {
+    // Never destroyed: constants may be used while the process ends.
+    static auto& mutex = *new std::mutex;
+    static auto& strings = *new std::map<std::string, __CFString, std::less<>>;
     const std::lock_guard lock(mutex);
-    __CFString& string = strings[text];
-    if (string.references < kForever / 2) {
-      string.text = text;
-      string.references = kForever;
-    }
-    return &string;
+    auto place = strings.find(text);
+    if (place == strings.end()) place = strings.try_emplace(text, text).first;
+    return &place->second;
   } catch (const std::bad_alloc&) {
     return nullptr;
   }

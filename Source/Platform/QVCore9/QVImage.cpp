@@ -5,10 +5,10 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <limits>
+#include <memory>
 #include <new>
-#include <vector>
+#include <type_traits>
 
 namespace {
 

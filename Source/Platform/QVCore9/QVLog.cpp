@@ -4,6 +4,7 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 #include <mutex>
 #include <new>
 
@@ -48,11 +49,13 @@ void QVLogEvent(int code, const char* path, int line) {
 }
 
 void QVLogUTF8(const char* format, ...) {
-  char line[kLongestLine];
+  char line[kLongestLine] = "";
   va_list arguments;
   va_start(arguments, format);
   std::vsnprintf(line, sizeof line, format, arguments);
   va_end(arguments);
+  const size_t length = std::strlen(line);
+  if (length > 0 && line[length - 1] == '\n') line[length - 1] = '\0';
   const Log log = CurrentLog();
   if (log.handler.text) log.handler.text(log.context, line);
 }

@@ -7,11 +7,13 @@
 #include <condition_variable>
 #include <deque>
 #include <exception>
+#include <iterator>
 #include <mutex>
 #include <new>
 #include <string>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 #include "../CoreFoundation/CFObject.h"
 
@@ -81,7 +83,9 @@ CBaseTaskQueue::~CBaseTaskQueue() {
   mPool->ending = true;
   mPool->changed.notify_all();
   mPool->changed.wait(lock, [this] { return mPool->threads == 0; });
-  for (CBaseTask* task : mPool->waiting) task->Release();
+  const std::deque<CBaseTask*> left = std::exchange(mPool->waiting, {});
+  lock.unlock();
+  for (CBaseTask* task : left) task->Release();
 }
 
 int CBaseTaskQueue::Initialize(CFStringRef name, int threads, int maximum) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "RowStore.h"
+#include "RowCopier.h"
 
 #include <cstdint>
 #include <cstring>
@@ -14,6 +14,7 @@ namespace {
 #if defined(__SSE2__)
 constexpr bool kCanStream = true;
 
+// Whole cache lines, to one that starts at `to`.
 void StreamLines(unsigned char* to, const unsigned char* from, size_t bytes) {
   for (size_t i = 0; i < bytes; i += 64) {
     const auto* source = reinterpret_cast<const __m128i*>(from + i);
@@ -30,9 +31,7 @@ void StreamLines(unsigned char* to, const unsigned char* from, size_t bytes) {
 void EndStreaming() { _mm_sfence(); }
 #else
 constexpr bool kCanStream = false;
-void StreamLines(unsigned char* to, const unsigned char* from, size_t bytes) {
-  std::memmove(to, from, bytes);
-}
+void StreamLines(unsigned char*, const unsigned char*, size_t) {}
 void EndStreaming() {}
 #endif
 
@@ -41,14 +40,14 @@ constexpr size_t kStreamFrom = size_t{8} << 20;
 
 }  // namespace
 
-RowStore::RowStore(size_t bytes) : mStreams(kCanStream && bytes >= kStreamFrom) {}
+RowCopier::RowCopier(size_t bytes) : mStreams(kCanStream && bytes >= kStreamFrom) {}
 
-RowStore::~RowStore() {
+RowCopier::~RowCopier() {
   if (mStreams) EndStreaming();
 }
 
-// memmove: a caller may copy within one image.
-void RowStore::Put(void* to, const void* from, size_t bytes) {
+// memmove: within one image rows may overlap, and what a row leaves there is then defined.
+void RowCopier::Copy(void* to, const void* from, size_t bytes) {
   auto* target = static_cast<unsigned char*>(to);
   const auto* source = static_cast<const unsigned char*>(from);
   if (mStreams) {

@@ -8,15 +8,15 @@ namespace qv {
 
 /// Copies rows out. Past a size that caches hold, they go to memory around the caches: on many
 /// processors a store otherwise reads the line that it replaces, a third of a copy's traffic.
-class RowStore {
+class RowCopier {
  public:
-  /// @param bytes how many will be stored in all.
-  explicit RowStore(size_t bytes);
-  ~RowStore();
-  RowStore(const RowStore&) = delete;
-  RowStore& operator=(const RowStore&) = delete;
+  /// @param bytes how many will be copied in all, or 0 where the target is soon read again.
+  explicit RowCopier(size_t bytes);
+  ~RowCopier();
+  RowCopier(const RowCopier&) = delete;
+  RowCopier& operator=(const RowCopier&) = delete;
 
-  void Put(void* to, const void* from, size_t bytes);
+  void Copy(void* to, const void* from, size_t bytes);
 
  private:
   bool mStreams;
