@@ -31,6 +31,7 @@ std::uint32_t Crc(const unsigned char* begin, const unsigned char* end) {
 
 std::vector<unsigned char> Chunk(std::string_view type, std::string_view data) {
   std::vector<unsigned char> chunk;
+  chunk.reserve(data.size() + 12);
   Append(chunk, static_cast<std::uint32_t>(data.size()));
   chunk.insert(chunk.end(), type.begin(), type.end());
   chunk.insert(chunk.end(), data.begin(), data.end());
