@@ -39,7 +39,7 @@ class EffectSuite : public testing::TestWithParam<const catalog::Effect*> {
 };
 
 INSTANTIATE_TEST_SUITE_P(, EffectSuite, testing::ValuesIn(test::AllEffects()),
-                         [](const auto& info) { return test::NameOf(*info.param); });
+                         [](const auto& each) { return test::NameOf(*each.param); });
 
 // Outside the rectangle nothing changes, nor does the source; transparency is what it should be.
 TEST_P(EffectSuite, Confinement) {

@@ -28,6 +28,9 @@ endif()
 add_compile_options(-ffp-contract=off -fno-math-errno -fno-trapping-math)
 
 add_compile_options(-Wall -Wextra -Wshadow)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  add_compile_options(-Wno-restrict)  # it finds overlaps in the library's own std::string
+endif()
 if(QVEFFECTS_WERROR)
   add_compile_options(-Werror)
 endif()

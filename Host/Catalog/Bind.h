@@ -21,6 +21,16 @@ class Argument {
   T mValue;
 };
 
+template <>
+class Argument<__QVImage*> {
+ public:
+  Argument(const Value& value, const Call&) : mImage(std::get<Image>(value)) {}
+  operator __QVImage*() const { return mImage; }
+
+ private:
+  __QVImage* mImage;
+};
+
 // A colour: one float per plane of the destination. A gray image takes the colour's luma.
 template <>
 class Argument<const float*> {

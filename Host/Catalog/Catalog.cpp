@@ -22,8 +22,61 @@ Parameter ColorOf(std::string_view name, Color good, std::string_view help) {
   return {name, Kind::Rgba, "", 0, 1, kBlack, good, help};
 }
 
+Parameter NumberOf(std::string_view name, std::string_view unit, double min, double max,
+                   double neutral, double good, std::string_view help) {
+  return {name, Kind::Number, unit, min, max, neutral, good, help};
+}
+
+Parameter ImageOf(std::string_view name, Kind kind, std::string_view help) {
+  return {name, kind, "", 0, 0, Image(), Image(), help};
+}
+
+Parameter ChoiceOf(std::string_view name, std::span<const Choice> choices, double neutral,
+                   double good, std::string_view help) {
+  return {name, Kind::Choice, "", 0, 0, neutral, good, help, choices};
+}
+
+// Without the modes that change the number of planes.
+constexpr Choice kColorModes[] = {
+    {"rgb-to-hsb", kQVColorModeRGBToHSB}, {"hsb-to-rgb", kQVColorModeHSBToRGB},
+    {"rgb-to-hsl", kQVColorModeRGBToHSL}, {"hsl-to-rgb", kQVColorModeHSLToRGB},
+    {"rgb-to-ycc", kQVColorModeRGBToYCC}, {"ycc-to-rgb", kQVColorModeYCCToRGB},
+};
+
+#define CHOICE(constant, code, name) {name, kQVBlendMode##constant},
+constexpr Choice kBlendModes[] = {QV_BLEND_MODES(CHOICE)};
+
+// Another picture over this one.
+int Blend(__QVImage* src, __QVImage* dst, QVRect rect, __QVImage* with, QVBlendMode mode,
+          float opacity, __QVImage* mask) {
+  return QVEffectsBlendImagesWithOpacitiesAndMasks(with, opacity, mask, src, 1, nullptr, dst, mode,
+                                                   rect);
+}
+
 const std::vector<Effect>& Table() {
   static const std::vector<Effect> table = {
+      {"blend",
+       "QVEffectsBlendImagesWithOpacitiesAndMasks",
+       Bind(Blend),
+       "Lays another picture over this one.",
+       InPlace::Yes,
+       Pixelwise,
+       {ImageOf("with", Kind::Layer, "the picture laid over"),
+        ChoiceOf("mode", kBlendModes, kQVBlendModeNormal, kQVBlendModeOverlay,
+                 "how the colours combine; hue to luminosity, lighter-color and darker-color are "
+                 "for RGB"),
+        NumberOf("opacity", "", 0, 1, 0, 1, "how much of the picture laid over is seen"),
+        ImageOf("mask", Kind::Mask, "where it is seen, by the first sample: white is wholly")},
+       kNeedsNothing,
+       Transparency::Set},
+      {"convert-mode",
+       FUNCTION(QVEffectsConvertImageMode),
+       "Converts RGB to another form of colour, stored as if it were RGB, or back.",
+       InPlace::Yes,
+       Pixelwise,
+       {ChoiceOf("mode", kColorModes, kQVColorModeRGBToHSB, kQVColorModeRGBToHSB,
+                 "from what to what")},
+       kNeedsRGB},
       {"copy", FUNCTION(QVEffectsCopyImage), "Copies the rectangle as it is.", InPlace::Yes,
        Pixelwise},
       {"fill-color",
@@ -40,7 +93,12 @@ const std::vector<Effect>& Table() {
   return table;
 }
 
-constexpr std::array<Exception, 0> kExceptions = {};
+constexpr Exception kExceptions[] = {
+    {"QVEffectsBlendImages",
+     "QVEffectsBlendImagesWithOpacitiesAndMasks at opacity 1 without masks"},
+    {"QVEffectsGetReverseBlendMode", "answers about a mode and touches no image"},
+    {"QVEffectsConvertColorMode", "works on a single colour"},
+};
 
 struct Meaning {
   int status;

@@ -17,19 +17,32 @@ namespace catalog {
 /// Red, green, blue and transparency (1 is opaque), 0 to 1.
 using Color = std::array<float, 4>;
 
-/// A parameter's value: a number (also an integer or a flag) or a colour.
-using Value = std::variant<double, Color>;
+/// An image beside src; null for none.
+using Image = __QVImage*;
 
-enum class Kind { Number, Integer, Flag, Rgba };
+/// A parameter's value: a number (also an integer, a flag or a choice), a colour or an image.
+using Value = std::variant<double, Color, Image>;
+
+/// A layer is an image of the depth of src, which the effect needs; a mask may be missing.
+enum class Kind { Number, Integer, Flag, Choice, Rgba, Layer, Mask };
+
+inline bool IsImage(Kind kind) { return kind == Kind::Layer || kind == Kind::Mask; }
+
+/// One of the values that a choice is made from; numbers in C, names elsewhere.
+struct Choice {
+  std::string_view name;
+  double value;
+};
 
 struct Parameter {
   std::string_view name;
   Kind kind;
   std::string_view unit;  // "px", "degrees"; empty for a plain number
-  double min, max;        // the useful range; not used by colours
+  double min, max;        // the useful range of a number or an integer
   Value neutral;          // asks for nothing, or comes closest to it
   Value good;             // what a user wants to see first
   std::string_view help;
+  std::span<const Choice> choices = {};
 };
 
 /// What an effect asks of its images.

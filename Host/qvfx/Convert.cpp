@@ -95,6 +95,16 @@ Picture WithAssociation(Picture picture, bool associated) {
   return picture;
 }
 
+Picture WithTransparency(Picture picture) {
+  if (picture.HasTransparency()) return picture;
+  const int colors = picture.channels;
+  return Reshape(std::move(picture), colors + 1, [colors](const auto* from, auto* to) {
+    using T = std::remove_reference_t<decltype(*to)>;
+    std::copy_n(from, colors, to);
+    to[colors] = std::is_integral_v<T> ? std::numeric_limits<T>::max() : T{1};
+  });
+}
+
 Picture WithoutTransparency(Picture picture) {
   if (!picture.HasTransparency()) return picture;
   const int colors = picture.channels - 1;

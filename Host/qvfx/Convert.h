@@ -14,6 +14,9 @@ Picture WithDepth(Picture picture, int depth);
 /// transparent, colours that were multiplied stay as they are.
 Picture WithAssociation(Picture picture, bool associated);
 
+/// The picture with transparency: as it is, or all opaque.
+Picture WithTransparency(Picture picture);
+
 /// The picture without its transparency.
 Picture WithoutTransparency(Picture picture);
 

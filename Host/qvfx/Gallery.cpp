@@ -52,13 +52,24 @@ void MakeDirectory(const std::string& path) {
   if (error) throw Failure(Exit::Output, path + ": can't be made: " + error.message());
 }
 
+// The good values; a layer is the photo itself.
+std::vector<catalog::Value> ValuesFor(const catalog::Effect& effect, __QVImage* photo) {
+  std::vector<catalog::Value> values = catalog::GoodValues(effect);
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    if (effect.parameters[i].kind == catalog::Kind::Layer) values[i] = photo;
+  }
+  return values;
+}
+
 // Runs an effect on each photo; cell 0 is the originals.
-void RunOnAll(const catalog::Effect& effect, const std::vector<Picture>& photos,
-              const Words& prefixes, const Options& options, Sheet& sheet, int cell) {
+void RunOnAll(const catalog::Effect& effect, std::vector<Picture>& photos, const Words& prefixes,
+              const Options& options, Sheet& sheet, int cell) {
   sheet.Label(cell, effect.name);
   for (std::size_t i = 0; i < photos.size(); ++i) {
     Picture picture = CopyOf(photos[i]);
-    RunEffect({&effect, catalog::GoodValues(effect)}, picture, picture.Bounds(), options.console);
+    const ImagePtr photo = ViewOf(photos[i]);
+    const Step step = {&effect, ValuesFor(effect, photo.get())};
+    RunEffect(step, picture, picture.Bounds(), options.console);
     sheet.Place(cell, i, picture);
     const std::string name = prefixes[i] + "-" + std::string(effect.name) + ".png";
     WriteImage((fs::path(options.directory) / name).string(), std::move(picture), options.console);

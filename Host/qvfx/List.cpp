@@ -3,6 +3,7 @@
 #include <iomanip>
 #include <iostream>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "Chain.h"
 #include "Commands.h"
@@ -22,10 +23,10 @@ struct KindName {
   Kind kind;
   const char* name;
 };
-constexpr KindName kKindNames[] = {{Kind::Number, "number"},
-                                   {Kind::Integer, "integer"},
-                                   {Kind::Flag, "flag"},
-                                   {Kind::Rgba, "color"}};
+constexpr KindName kKindNames[] = {{Kind::Number, "number"}, {Kind::Integer, "integer"},
+                                   {Kind::Flag, "flag"},     {Kind::Choice, "choice"},
+                                   {Kind::Rgba, "color"},    {Kind::Layer, "image"},
+                                   {Kind::Mask, "mask"}};
 
 struct NeedName {
   unsigned need;
@@ -34,7 +35,9 @@ struct NeedName {
 constexpr NeedName kNeedNames[] = {{catalog::kNeedsRGB, "rgb"}};
 
 Json ToJson(const Parameter& parameter, const catalog::Value& value) {
+  if (IsImage(parameter.kind)) return nullptr;
   if (parameter.kind == Kind::Rgba) return std::get<catalog::Color>(value);
+  if (parameter.kind == Kind::Choice) return FormatValue(parameter, value);
   const double number = std::get<double>(value);
   if (parameter.kind == Kind::Flag) return number != 0;
   if (parameter.kind == Kind::Integer) return static_cast<std::int64_t>(number);
@@ -49,6 +52,7 @@ Json ToJson(const Parameter& parameter) {
     json["min"] = ToJson(parameter, parameter.min);
     json["max"] = ToJson(parameter, parameter.max);
   }
+  if (parameter.kind == Kind::Choice) json["choices"] = NamesOf(parameter.choices);
   json["neutral"] = ToJson(parameter, parameter.neutral);
   json["default"] = ToJson(parameter, parameter.good);
   json["help"] = parameter.help;
@@ -87,13 +91,29 @@ void PrintJson() {
   std::cout << json.dump(2) << '\n';
 }
 
+// The names below each other, in lines that a terminal holds.
+void PrintChoices(const Parameter& parameter, std::size_t indent) {
+  constexpr std::size_t kColumns = 80;
+  std::string line;
+  for (const catalog::Choice& choice : parameter.choices) {
+    const bool last = &choice == &parameter.choices.back();
+    if (indent + line.size() + choice.name.size() + 2 > kColumns) {
+      std::cout << std::string(indent, ' ') << std::exchange(line, "") << '\n';
+    }
+    line.append(line.empty() ? "" : " ").append(choice.name).append(last ? "" : ",");
+  }
+  std::cout << std::string(indent, ' ') << line << '\n';
+}
+
 void PrintParameters(const Effect& effect) {
   const int width = static_cast<int>(WidestName(effect.parameters)) + 2;
   for (const Parameter& parameter : effect.parameters) {
-    const std::string range =
-        FormatRange(parameter) + ", default " + FormatValue(parameter, parameter.good);
+    std::string range = FormatRange(parameter);
+    if (!IsImage(parameter.kind)) range += ", default " + FormatValue(parameter, parameter.good);
     std::cout << "  " << std::left << std::setw(width) << parameter.name << std::setw(36) << range
               << ' ' << parameter.help << '\n';
+    if (parameter.kind == Kind::Choice)
+      PrintChoices(parameter, static_cast<std::size_t>(width) + 2);
   }
 }
 

@@ -11,12 +11,6 @@ namespace {
 
 constexpr std::string_view kSeparator = ":";
 
-std::vector<std::string_view> NamesOf(const auto& things) {
-  std::vector<std::string_view> names;
-  for (const auto& thing : things) names.push_back(thing.name);
-  return names;
-}
-
 std::size_t ParameterIndex(const catalog::Effect& effect, std::string_view name) {
   const auto found = std::ranges::find(effect.parameters, name, &catalog::Parameter::name);
   if (found == effect.parameters.end()) {
@@ -34,8 +28,21 @@ void SetParameter(Step& step, const std::string& word, std::set<std::size_t>& se
   }
   const std::size_t index = ParameterIndex(*step.effect, word.substr(0, equals));
   if (!seen.insert(index).second) throw Failure(Exit::Usage, where + ": given twice");
-  step.values[index] =
-      ParseValue(step.effect->parameters[index], std::string_view(word).substr(equals + 1), where);
+  const catalog::Parameter& parameter = step.effect->parameters[index];
+  if (IsImage(parameter.kind)) {
+    step.beside.push_back({index, word.substr(equals + 1)});
+  } else {
+    step.values[index] = ParseValue(parameter, std::string_view(word).substr(equals + 1), where);
+  }
+}
+
+void CheckLayers(const Step& step, const std::set<std::size_t>& seen) {
+  for (std::size_t i = 0; i < step.effect->parameters.size(); ++i) {
+    const catalog::Parameter& parameter = step.effect->parameters[i];
+    if (parameter.kind != catalog::Kind::Layer || seen.contains(i)) continue;
+    throw Failure(Exit::Usage, std::string(step.effect->name) + ": " + std::string(parameter.name) +
+                                   "=FILE is missing");
+  }
 }
 
 Step ParseStep(std::span<const std::string> words) {
@@ -44,6 +51,7 @@ Step ParseStep(std::span<const std::string> words) {
   Step step = {&effect, catalog::GoodValues(effect)};
   std::set<std::size_t> seen;
   for (const std::string& word : words.subspan(1)) SetParameter(step, word, seen);
+  CheckLayers(step, seen);
   return step;
 }
 

@@ -77,7 +77,7 @@ void Run(const Words& words) {
   AddOptions(app, options);
   if (!Parse(app, words)) return;
 
-  const std::vector<Step> chain = ParseChain(options.chain);
+  std::vector<Step> chain = ParseChain(options.chain);
   if (!options.rect.empty()) ParseRect(options.rect);
   CheckOutputName(options.out);
 
@@ -87,6 +87,7 @@ void Run(const Words& words) {
     if (options.depth != 0) picture = WithDepth(std::move(picture), options.depth);
     if (!chain.empty()) picture = WithAssociation(std::move(picture), false);
   });
+  ReadBeside(chain, picture, options.console);
   RunChain(chain, picture, rect, options.console);
   WriteImage(options.out, std::move(picture), options.console);
 }

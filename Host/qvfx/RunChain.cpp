@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <mutex>
+#include <new>
 #include <utility>
 
 #include "Chain.h"
+#include "Convert.h"
 #include "Error.h"
+#include "ImageFile.h"
 
 namespace qvfx {
 namespace {
@@ -57,7 +60,34 @@ int Call(const Step& step, Picture& src, Picture& dst, QVRect rect) {
       {srcView ? srcView.get() : dstView.get(), dstView.get(), rect, step.values});
 }
 
+// A layer of the picture's depth and colours. With transparency it ends where it ends, instead of
+// repeating its edge.
+Picture AsLayerOver(Picture layer, const Picture& picture, const std::string& path) {
+  if (picture.channels >= 3) {
+    layer = WithRGB(std::move(layer));
+  } else if (layer.channels >= 3) {
+    throw Failure(Exit::Effect, path + ": RGB doesn't go with a gray picture");
+  }
+  return WithTransparency(WithDepth(std::move(layer), picture.depth));
+}
+
 }  // namespace
+
+void ReadBeside(std::span<Step> chain, const Picture& picture, const Console& console) {
+  for (Step& step : chain) {
+    for (Beside& beside : step.beside) {
+      const bool isLayer = step.effect->parameters[beside.parameter].kind == catalog::Kind::Layer;
+      beside.picture = ReadImage(beside.path, console);
+      InStage(Exit::Effect, beside.path, [&] {
+        beside.picture = WithAssociation(std::move(beside.picture), false);
+        if (isLayer) beside.picture = AsLayerOver(std::move(beside.picture), picture, beside.path);
+        beside.view = ViewOf(beside.picture);
+        if (!beside.view) throw std::bad_alloc();
+      });
+      step.values[beside.parameter] = beside.view.get();
+    }
+  }
+}
 
 void RunEffect(const Step& step, Picture& picture, QVRect rect, const Console& console) {
   InStage(Exit::Effect, std::string(step.effect->name), [&] {

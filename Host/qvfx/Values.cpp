@@ -108,6 +108,19 @@ Value ParseRanged(const Parameter& parameter, std::string_view text, const std::
   return *number;
 }
 
+// A near name is likelier meant than others; without one the user sees them all.
+Value ParseChoice(const Parameter& parameter, std::string_view text, const std::string& where) {
+  const auto found = std::ranges::find(parameter.choices, text, &catalog::Choice::name);
+  if (found != parameter.choices.end()) return found->value;
+  const std::string suggestion = Suggestion(text, NamesOf(parameter.choices));
+  if (!suggestion.empty()) throw Failure(Exit::Usage, where + ": no such choice" + suggestion);
+  std::string names;
+  for (const catalog::Choice& choice : parameter.choices) {
+    names.append(names.empty() ? "" : ", ").append(choice.name);
+  }
+  throw Failure(Exit::Usage, where + ": not one of " + names);
+}
+
 std::size_t EditDistance(std::string_view a, std::string_view b) {
   std::vector<std::size_t> row(b.size() + 1);
   std::iota(row.begin(), row.end(), 0);
@@ -153,11 +166,17 @@ Value ParseValue(const Parameter& parameter, std::string_view text, const std::s
     if (flag == std::end(kFlags)) throw Failure(Exit::Usage, where + ": neither on nor off");
     return flag->on ? 1.0 : 0.0;
   }
+  if (parameter.kind == Kind::Choice) return ParseChoice(parameter, text, where);
   return ParseRanged(parameter, text, where);
 }
 
 std::string FormatValue(const Parameter& parameter, const Value& value) {
   if (parameter.kind == Kind::Flag) return std::get<double>(value) != 0 ? "on" : "off";
+  if (parameter.kind == Kind::Choice) {
+    return std::string(
+        std::ranges::find(parameter.choices, std::get<double>(value), &catalog::Choice::value)
+            ->name);
+  }
   if (parameter.kind != Kind::Rgba) return Shortest(std::get<double>(value));
   const Color& color = std::get<Color>(value);
   std::string text = Shortest(color[0]) + "," + Shortest(color[1]) + "," + Shortest(color[2]);
@@ -165,8 +184,11 @@ std::string FormatValue(const Parameter& parameter, const Value& value) {
 }
 
 std::string FormatRange(const Parameter& parameter) {
+  if (parameter.kind == Kind::Layer) return "a picture's file";
+  if (parameter.kind == Kind::Mask) return "a picture's file, or nothing";
   if (parameter.kind == Kind::Rgba) return "a colour";
   if (parameter.kind == Kind::Flag) return "on or off";
+  if (parameter.kind == Kind::Choice) return "one of " + std::to_string(parameter.choices.size());
   std::string text = Shortest(parameter.min) + " to " + Shortest(parameter.max);
   return parameter.unit.empty() ? text : text.append(" ").append(parameter.unit);
 }

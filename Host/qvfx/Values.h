@@ -28,8 +28,15 @@ catalog::Value ParseValue(const catalog::Parameter& parameter, std::string_view 
 /// A value as ParseValue() takes it.
 std::string FormatValue(const catalog::Parameter& parameter, const catalog::Value& value);
 
-/// What a parameter takes: "0 to 250 px", "on or off", "a colour".
+/// What a parameter takes: "0 to 250 px", "on or off", "one of 6", "a colour".
 std::string FormatRange(const catalog::Parameter& parameter);
+
+/// The names of effects, parameters or choices.
+std::vector<std::string_view> NamesOf(const auto& things) {
+  std::vector<std::string_view> names;
+  for (const auto& thing : things) names.push_back(thing.name);
+  return names;
+}
 
 /// "; did you mean 'NAME'?" for the name nearest to a text, or nothing when none is near.
 std::string Suggestion(std::string_view text, std::span<const std::string_view> names);

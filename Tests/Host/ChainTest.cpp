@@ -72,19 +72,59 @@ TEST_F(ChainTest, Colors) {
   }
 }
 
+TEST_F(ChainTest, Choices) {
+  WriteStored(At("in.png"), {SpecOf(1, 1, 4, OIIO::TypeUInt8), {0, 0, 201, 9}});
+  QvfxDone("in.png -o out.png convert-mode");
+  EXPECT_EQ(ReadStored(At("out.png")).samples, (std::vector<float>{170, 255, 201, 9}));
+  QvfxDone("in.png -o out.png convert-mode mode=rgb-to-ycc");
+  EXPECT_EQ(ReadStored(At("out.png")).samples, (std::vector<float>{23, 228, 111, 9}));
+  QvfxDone("in.png -o out.png convert-mode : convert-mode mode=hsb-to-rgb");
+  EXPECT_EQ(ReadStored(At("out.png")).samples, (std::vector<float>{0, 0, 201, 9}));
+}
+
 // Gray pictures are for those effects only that don't ask for RGB.
 TEST_F(ChainTest, EveryEffectOnGrayAndRGB) {
   WriteIn("gray.png", 2);
   WriteIn("rgb.png", 4);
   for (const catalog::Effect& effect : catalog::Effects()) {
     const std::string name(effect.name);
-    const QvfxResult gray = Qvfx("gray.png -o gray-" + name + ".png " + name);
+    std::string layers;
+    for (const catalog::Parameter& parameter : effect.parameters) {
+      if (parameter.kind == catalog::Kind::Layer) {
+        layers.append(" ").append(parameter.name).append("=gray.png");
+      }
+    }
+    const QvfxResult gray = Qvfx("gray.png -o gray-" + name + ".png " + name + layers);
     const bool refused = effect.needs & catalog::kNeedsRGB;
     EXPECT_EQ(gray.code, refused ? 5 : 0) << name << gray.error;
     EXPECT_EQ(gray.error.find(name + ": ") != std::string::npos, refused) << name;
     EXPECT_EQ(std::filesystem::exists(At("gray-" + name + ".png")), !refused) << name;
-    QvfxDone("rgb.png -o rgb-" + name + ".png " + name);
+    QvfxDone("rgb.png -o rgb-" + name + ".png " + name + layers);
   }
+}
+
+// A layer of another size, depth and kind, with and without a mask.
+TEST_F(ChainTest, PicturesBeside) {
+  WriteIn("in.png", 3);
+  WriteStored(At("small.png"), {SpecOf(3, 2, 1, OIIO::TypeUInt16), std::vector<float>(6, 51400)});
+  WriteStored(At("mask.png"), {SpecOf(kWidth, kHeight, 1, OIIO::TypeUInt8), [] {
+    std::vector<float> mask(kWidth * kHeight, 255);
+    mask[1] = 0;
+    return mask;
+  }()});
+  QvfxDone("in.png -o out.png blend with=small.png mode=normal mask=mask.png");
+  const std::vector<float> samples = ReadStored(At("out.png")).samples;
+  for (int i = 0; i < kWidth * kHeight * 3; ++i) {
+    const int x = i / 3 % kWidth, y = i / 3 / kWidth;
+    const bool seen = x < 3 && y < 2 && !(x == 1 && y == 0);
+    EXPECT_EQ(samples[i], seen ? 200 : mIn[i]) << x << "," << y;
+  }
+  QvfxDone("in.png -o out.png blend with=small.png opacity=0");
+  EXPECT_EQ(ReadStored(At("out.png")).samples, mIn);
+  EXPECT_EQ(Qvfx("small.png -o no.png blend with=in.png").code, 5);
+  EXPECT_EQ(Qvfx("in.png -o no.png blend").code, 2);
+  EXPECT_EQ(Qvfx("in.png -o no.png blend with=missing.png").code, 3);
+  EXPECT_FALSE(std::filesystem::exists(At("no.png")));
 }
 
 TEST_F(ChainTest, OutputFile) {

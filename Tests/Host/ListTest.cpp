@@ -26,6 +26,12 @@ TEST_F(ListTest, Json) {
   EXPECT_EQ((*fill)["function"], "QVEffectsFillColor");
   EXPECT_EQ((*fill)["parameters"][0]["kind"], "color");
   EXPECT_EQ((*fill)["parameters"][0]["default"].dump(), "[0.85,0.45,0.15,1.0]");
+  const auto convert =
+      std::ranges::find(list, "convert-mode", [](auto& effect) { return effect["name"]; });
+  ASSERT_NE(convert, list.end());
+  EXPECT_EQ((*convert)["parameters"][0]["kind"], "choice");
+  EXPECT_EQ((*convert)["parameters"][0]["default"], "rgb-to-hsb");
+  EXPECT_EQ((*convert)["parameters"][0]["choices"].size(), 6u);
   for (const auto& effect : list) {
     for (const auto& parameter : effect["parameters"]) {
       if (parameter["kind"] != "number" && parameter["kind"] != "integer") continue;
@@ -47,6 +53,9 @@ TEST_F(ListTest, TextAndHelp) {
     for (const auto& parameter : effect.parameters) {
       EXPECT_THAT(help.out, HasSubstr("  " + std::string(parameter.name) + " ")) << name;
       EXPECT_THAT(help.out, HasSubstr(parameter.help)) << name;
+      for (const auto& choice : parameter.choices) {
+        EXPECT_THAT(help.out, HasSubstr(" " + std::string(choice.name))) << name;
+      }
     }
   }
   EXPECT_THAT(Qvfx("--help").out, HasSubstr("5 the effect refused"));

@@ -168,7 +168,9 @@ TEST_F(RoundTripTest, Metadata) {
     const Stored out = ReadStored(At("out." + extension));
     EXPECT_EQ(ProfileOf(out.spec), profile);
     EXPECT_EQ(out.spec.width, kWidth) << "not turned upright";
-    if (extension != "jpg") EXPECT_EQ(out.samples, in.samples);
+    if (extension != "jpg") {
+      EXPECT_EQ(out.samples, in.samples);
+    }
     EXPECT_EQ(out.spec.get_string_attribute("Make"), "A maker");
     EXPECT_EQ(out.spec.get_int_attribute("Orientation"), 6);
     EXPECT_FLOAT_EQ(out.spec.get_float_attribute("ExposureTime"), 0.125f);

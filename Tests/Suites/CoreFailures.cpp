@@ -79,7 +79,8 @@ bool IsRight(Operation operation, int status) {
   switch (operation) {
     case Operation::kCreate: return status == kFailure;
     case Operation::kRead:
-      return status == kQVStatusBadArgument || status == kFailure || status == kQVStatusUnknown2;
+      return status == kQVStatusBadArgument || status == kFailure || status == kQVStatusUnknown ||
+             status == kQVStatusUnknown2;
     case Operation::kWrite: return status == kQVStatusSuccess || status == kFailure;
   }
   return false;
@@ -88,7 +89,7 @@ bool IsRight(Operation operation, int status) {
 class CoreFailures : public testing::TestWithParam<const catalog::Effect*> {};
 
 INSTANTIATE_TEST_SUITE_P(, CoreFailures, testing::ValuesIn(test::AllEffects()),
-                         [](const auto& info) { return test::NameOf(*info.param); });
+                         [](const auto& each) { return test::NameOf(*each.param); });
 
 TEST_P(CoreFailures, ComeBackAsStatus) {
   const QVLogHandler handler = {[](void*, int, const char*, int) { sEvents++; }, nullptr};

@@ -9,6 +9,10 @@ namespace {
 using catalog::Value;
 
 Value Extreme(const catalog::Parameter& parameter, bool largest) {
+  if (parameter.kind == catalog::Kind::Choice) {
+    return (largest ? parameter.choices.back() : parameter.choices.front()).value;
+  }
+  if (IsImage(parameter.kind)) return catalog::Image();
   if (parameter.kind == catalog::Kind::Rgba) {
     return largest ? catalog::Color{1, 1, 1, 1} : catalog::Color{0, 0, 0, 0};
   }
@@ -24,7 +28,28 @@ std::vector<std::vector<Value>> ValuesOf(const catalog::Effect& effect) {
     sets[2].push_back(Extreme(parameter, false));
     sets[3].push_back(Extreme(parameter, true));
   }
+  for (size_t i = 0; i < effect.parameters.size(); i++) {
+    for (const catalog::Choice& choice : effect.parameters[i].choices) {
+      sets.push_back(sets[0]);
+      sets.back()[i] = choice.value;
+    }
+  }
+  // Each set once.
+  std::ranges::sort(sets);
+  sets.erase(std::ranges::unique(sets).begin(), sets.end());
   return sets;
+}
+
+// Layers as src, masks of every other run: both of other bounds than the images of the tests.
+void AddImages(EffectRun& run, size_t number) {
+  for (size_t i = 0; i < run.values.size(); i++) {
+    const catalog::Kind kind = run.effect->parameters[i].kind;
+    if (!IsImage(kind) || (kind == catalog::Kind::Mask && number % 2 == 0)) continue;
+    const Form form = kind == catalog::Kind::Mask ? Form{8, 1, 0} : run.form;
+    run.beside.push_back(
+        std::make_shared<TestImage>(QVRect{0, 4, 31, 18}, form, Residency::kMemory, 9));
+    run.values[i] = static_cast<__QVImage*>(*run.beside.back());
+  }
 }
 
 bool Takes(const catalog::Effect& effect, const Form& form) {
@@ -38,6 +63,8 @@ std::ostream& operator<<(std::ostream& out, const EffectRun& run) {
   for (const Value& value : run.values) {
     if (const double* number = std::get_if<double>(&value)) {
       out << ' ' << *number;
+    } else if (const auto* image = std::get_if<catalog::Image>(&value)) {
+      out << (*image ? " image" : " none");
     } else {
       for (const float sample : std::get<catalog::Color>(value)) out << ' ' << sample;
     }
@@ -49,7 +76,9 @@ std::vector<EffectRun> RunsOf(const catalog::Effect& effect) {
   std::vector<EffectRun> runs;
   for (const std::vector<Value>& values : ValuesOf(effect)) {
     for (const Form& form : kForms) {
-      if (Takes(effect, form)) runs.push_back({&effect, values, form});
+      if (!Takes(effect, form)) continue;
+      runs.push_back({&effect, values, form});
+      AddImages(runs.back(), runs.size());
     }
   }
   return runs;

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,7 @@ struct EffectRun {
   const catalog::Effect* effect;
   std::vector<catalog::Value> values;
   Form form;
+  std::vector<std::shared_ptr<TestImage>> beside = {};  // the images among the values
 
   int operator()(__QVImage* src, __QVImage* dst, QVRect rect) const {
     return effect->run({src, dst, rect, values});
@@ -23,7 +25,8 @@ struct EffectRun {
 };
 std::ostream& operator<<(std::ostream& out, const EffectRun& run);
 
-/// The runs of one effect: good, neutral, smallest and largest values on all forms it takes.
+/// The runs of one effect: good, neutral, smallest and largest values and every choice, on all
+/// forms it takes.
 std::vector<EffectRun> RunsOf(const catalog::Effect& effect);
 
 /// For INSTANTIATE_TEST_SUITE_P: every effect, and its name.

@@ -10,8 +10,8 @@
 
 namespace test {
 
-/// The bytes of a pixel, with room for five planes of floats.
-using Pixel = std::array<std::byte, 20>;
+/// The bytes of a pixel, with room for five planes of floats and more.
+using Pixel = std::array<std::byte, 32>;
 
 inline bool Contains(QVRect rect, int64_t x, int64_t y) {
   return x >= rect.x && x < int64_t{rect.x} + rect.width && y >= rect.y &&
@@ -29,6 +29,36 @@ inline Pixel NearestPixel(const TestImage& image, int64_t x, int64_t y) {
   std::memcpy(pixel.data(), image.Address(static_cast<int>(nearX), static_cast<int>(nearY)),
               static_cast<size_t>(planes) * form.PlaneBytes());
   return pixel;
+}
+
+inline float FullScale(int depth) { return depth == 8 ? 255.0f : (depth == 16 ? 65535.0f : 1.0f); }
+
+/// What samples are multiplied with to lie from 0 to 1.
+inline float UnitScale(int depth) {
+  return depth == 8 ? 0.003921569f : (depth == 16 ? 1.5259022e-05f : 1.0f);
+}
+
+/// A sample on its own scale.
+inline float GetSample(const Pixel& pixel, int plane, int depth) {
+  const std::byte* at = pixel.data() + plane * (depth / 8);
+  uint16_t integer = 0;
+  float value;
+  std::memcpy(&value, at, sizeof value);
+  std::memcpy(&integer, at, std::min(depth / 8, 2));
+  return depth == 32 ? value : static_cast<float>(integer);
+}
+
+/// Sets a sample from a value on its own scale: an integer one is rounded, half up, and held to the
+/// range.
+inline void SetSample(Pixel& pixel, int plane, int depth, float value) {
+  std::byte* at = pixel.data() + plane * (depth / 8);
+  if (depth == 32) {
+    std::memcpy(at, &value, sizeof value);
+    return;
+  }
+  const float rounded = value + 0.5f, max = FullScale(depth);
+  const auto held = static_cast<uint16_t>(rounded >= max ? max : (rounded > 0 ? rounded : 0));
+  std::memcpy(at, &held, depth / 8);  // the low byte comes first
 }
 
 /// Puts a pixel at a place of the image in `bytes`, a copy of image.Bytes().

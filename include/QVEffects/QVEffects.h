@@ -5,5 +5,8 @@
 #define QVEFFECTS_QVEFFECTS_H
 
 #include <QVEffects/QVEffectsBasics.h>
+#include <QVEffects/QVEffectsBlend.h>
+#include <QVEffects/QVEffectsColor.h>
+#include <QVEffects/QVEffectsConvert.h>
 
 #endif

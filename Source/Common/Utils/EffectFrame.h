@@ -53,6 +53,16 @@ auto DispatchLayout(int planes, int transparency, F&& f) {
   }
 }
 
+/// The same for effects that work on the first three planes: RGB in practice.
+template <class F>
+auto DispatchRGBLayout(int planes, int transparency, F&& f) {
+  switch (planes * 2 + transparency) {
+    case 3 * 2 + 0: return f(FixedLayout<3, 0>());
+    case 4 * 2 + 1: return f(FixedLayout<4, 1>());
+    default: return f(AnyLayout{planes, transparency, planes - transparency});
+  }
+}
+
 /// Whether pixels of one image can be read and written as those of the other.
 inline bool HaveSamePixels(__QVImage* a, __QVImage* b) {
   return QVImageGetDepth(a) == QVImageGetDepth(b) &&

@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: Apache-2.0
+// The exported colour mathematics, and the random sources.
+#include "ColorMath.h"
+
+#include <QVEffects/QVEffectsColor.h>
+
+namespace {
+
+qv::Color3 Load(const float* c) { return {c[0], c[1], c[2]}; }
+
+void Store(float* to, qv::Color3 c) {
+  to[0] = c.x;
+  to[1] = c.y;
+  to[2] = c.z;
+}
+
+constexpr uint32_t kFirstRandom = 123456789;
+uint32_t sRandom = kFirstRandom;
+
+}  // namespace
+
+void RGB2LCH(const float* rgb, float* lch) { Store(lch, qv::RgbToLch(Load(rgb))); }
+void LCH2RGB(const float* lch, float* rgb) { Store(rgb, qv::LchToRgb(Load(lch))); }
+void RGB2HSB(const float* rgb, float* hsb) { Store(hsb, qv::RgbToHsb(Load(rgb))); }
+void HSB2RGB(const float* hsb, float* rgb) { Store(rgb, qv::HsbToRgb(Load(hsb))); }
+void RGB2HSL(const float* rgb, float* hsl) { Store(hsl, qv::RgbToHsl(Load(rgb))); }
+void HSL2RGB(const float* hsl, float* rgb) { Store(rgb, qv::HslToRgb(Load(hsl))); }
+void RGB2HSB_GLSL(const float* rgb, float* hsb) { Store(hsb, qv::RgbToHsbGlsl(Load(rgb))); }
+void HSB2RGB_GLSL(const float* hsb, float* rgb) { Store(rgb, qv::HsbToRgbGlsl(Load(hsb))); }
+void RGB2XYZ(const float* rgb, float* xyz) { Store(xyz, qv::RgbToXyz(Load(rgb))); }
+void XYZ2RGB(const float* xyz, float* rgb) { Store(rgb, qv::XyzToRgb(Load(xyz))); }
+void RGB2Lab(const float* rgb, float* lab) { Store(lab, qv::RgbToLab(Load(rgb))); }
+void Lab2RGB(const float* lab, float* rgb) { Store(rgb, qv::LabToRgb(Load(lab))); }
+
+void Saturation(float* rgb, float amount) { Store(rgb, qv::WithSaturation(Load(rgb), amount)); }
+void Brightness(float* rgb, float amount) { Store(rgb, qv::WithBrightness(Load(rgb), amount)); }
+void Vibrance(float* rgb, float amount) { Store(rgb, qv::WithVibrance(Load(rgb), amount)); }
+void Vibrance2(float* rgb, float amount) { Store(rgb, qv::WithVibrance2(Load(rgb), amount)); }
+
+void SaturationBrightness(float* rgb, float saturation, float brightness) {
+  Store(rgb, qv::WithSaturationBrightness(Load(rgb), saturation, brightness));
+}
+
+void HueSaturationBrightness(float* hsb, float hue, float saturation, float brightness) {
+  Store(hsb, qv::WithHueSaturationBrightness(Load(hsb), hue, saturation, brightness));
+}
+
+double BlackBodyRadiation(double wavelength, double temperature) {
+  constexpr double kLight = 299792458.0, kLightSquared = 89875517873681760.0;
+  constexpr double kPlanck = 6.62606896e-34, kTwicePlanck = 1.325213792e-33;
+  constexpr double kBoltzmann = 1.3806504e-23;
+  const double frequency = kLight / wavelength;
+  const double cube = frequency * frequency * frequency;
+  const double photons = std::exp(frequency * kPlanck / (temperature * kBoltzmann)) - 1.0;
+  // By frequency, then by wavelength.
+  const double radiance = kTwicePlanck * cube / (photons * kLightSquared);
+  return radiance * kLight / (wavelength * wavelength);
+}
+
+void RandomReset() { sRandom = kFirstRandom; }
+
+uint32_t Random() {
+  sRandom *= 987654321;
+  return sRandom;
+}
+
+template <class T>
+T RandomReproducible(int x, int y) {
+  const int index = (x & 255) | (y & 255) << 8;
+  if constexpr (sizeof(T) == 1) {
+    return reinterpret_cast<const T*>(gRandom)[index];
+  } else {
+    return static_cast<T>(gRandom[index]) * 1.5259022e-5f;
+  }
+}
+
+template QVEFFECTS_API unsigned char RandomReproducible<unsigned char>(int x, int y);
+template QVEFFECTS_API float RandomReproducible<float>(int x, int y);

@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: Apache-2.0
+// Rows worked in strips: a few hundred pixels in planar floats, loaded from any depth, taken
+// through stages and stored to any depth. Forms of an effect then add up instead of multiplying.
+#pragma once
+
+#include <bit>
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
+#include "EffectFrame.h"
+
+namespace qv {
+
+inline constexpr int kStripPixels = 256;
+/// Colour samples and transparency of a pixel that strips can hold.
+inline constexpr int kStripPlanes = 6;
+
+/// Planes of floats, cleared at first.
+struct Strip {
+  alignas(64) float planes[kStripPlanes][kStripPixels] = {};
+
+  float* operator[](int plane) { return planes[plane]; }
+  const float* operator[](int plane) const { return planes[plane]; }
+};
+
+/// Stages run over whole vectors: past `pixels` they compute what nobody stores.
+inline int WholeVectors(int pixels) { return (pixels + 15) / 16 * 16; }
+
+/// Loads pixels as floats from 0 to 1, each plane into the strip's plane of its number.
+using LoadStrip = void (*)(const void* row, int planes, int pixels, Strip& strip);
+
+/// Stores pixels from values on the scale of the sample, less the rounding: an integer sample is
+/// the truncation of value + 0.5, a float the value.
+using StoreStrip = void (*)(void* row, int planes, int pixels, const Strip& strip);
+
+namespace detail {
+
+template <class T>
+T Rounded(float value) {
+  if constexpr (std::is_floating_point_v<T>) {
+    return value;
+  } else {
+    return Truncate<T>(value + 0.5f);
+  }
+}
+
+// A pixel as one integer, where there is one of its size: whole pixels are then loaded, shifted and
+// masked, instead of samples picked from every other place. The first sample lies in the low bits.
+template <class T, class Layout>
+constexpr auto PixelWord() {
+  if constexpr (std::is_same_v<Layout, AnyLayout> || std::is_floating_point_v<T> ||
+                std::endian::native != std::endian::little) {
+    return;
+  } else if constexpr (Layout::planes == 1 || Layout::planes == 3) {
+    return;
+  } else if constexpr (Layout::planes * sizeof(T) == 2) {
+    return uint16_t{};
+  } else if constexpr (Layout::planes * sizeof(T) == 4) {
+    return uint32_t{};
+  } else {
+    return uint64_t{};
+  }
+}
+
+template <class T, class Layout>
+void Load(const T* __restrict row, int pixels, Layout layout, Strip& strip) {
+  using Word = decltype(PixelWord<T, Layout>());
+  for (int i = 0; i < pixels; i++) {
+    if constexpr (std::is_void_v<Word>) {
+      for (int c = 0; c < layout.planes; c++) strip[c][i] = ToUnit(row[i * layout.planes + c]);
+    } else {
+      Word word;
+      std::memcpy(&word, row + i * layout.planes, sizeof word);
+      for (int c = 0; c < layout.planes; c++) {
+        strip[c][i] = ToUnit(static_cast<T>(word >> (8 * sizeof(T) * c)));
+      }
+    }
+  }
+}
+
+template <class T, class Layout>
+void Store(T* __restrict row, int pixels, Layout layout, const Strip& strip) {
+  using Word = decltype(PixelWord<T, Layout>());
+  for (int i = 0; i < pixels; i++) {
+    if constexpr (std::is_void_v<Word>) {
+      for (int c = 0; c < layout.planes; c++) row[i * layout.planes + c] = Rounded<T>(strip[c][i]);
+    } else {
+      Word word = 0;
+      for (int c = 0; c < layout.planes; c++) {
+        word |= static_cast<Word>(Word{Rounded<T>(strip[c][i])} << (8 * sizeof(T) * c));
+      }
+      std::memcpy(row + i * layout.planes, &word, sizeof word);
+    }
+  }
+}
+
+// Calls f with a layout of so many planes, all treated alike.
+template <class F>
+void WithPlanes(int planes, F&& f) {
+  switch (planes) {
+    case 1: return f(FixedLayout<1, 0>());
+    case 2: return f(FixedLayout<2, 0>());
+    case 3: return f(FixedLayout<3, 0>());
+    case 4: return f(FixedLayout<4, 0>());
+    default: return f(AnyLayout{planes, 0, planes});
+  }
+}
+
+}  // namespace detail
+
+template <class T>
+void LoadSamples(const void* row, int planes, int pixels, Strip& strip) {
+  detail::WithPlanes(planes, [&](auto layout) {
+    detail::Load(static_cast<const T*>(row), pixels, layout, strip);
+  });
+}
+
+template <class T>
+void StoreSamples(void* row, int planes, int pixels, const Strip& strip) {
+  detail::WithPlanes(
+      planes, [&](auto layout) { detail::Store(static_cast<T*>(row), pixels, layout, strip); });
+}
+
+}  // namespace qv
