@@ -1,7 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Jobs.h"
 
+#include <QVEffects/QVEffectsBlend.h>
+
 #include <algorithm>
+#include <opencv2/imgproc.hpp>
+
+#include "Utils/GrayImages.h"
 
 namespace bench {
 namespace {
@@ -17,10 +22,47 @@ void Fill(const cv::Mat&, cv::Mat& dst) {
   dst.setTo(cv::Scalar(0.85, 0.45, 0.15, 1) * full);
 }
 
+// Both make a new image.
+void ToGray(const cv::Mat& src, cv::Mat&) {
+  cv::Mat gray;
+  cv::cvtColor(src, gray, src.channels() == 4 ? cv::COLOR_RGBA2GRAY : cv::COLOR_RGB2GRAY);
+}
+
+int CreateGray(__QVImage* src) {
+  const QVRect bounds = QVImageGetBounds(src);
+  __QVImage* gray = nullptr;
+  const int status = CreateGrayScaleImage(src, gray, MakeVRect(bounds), kGrayAsSource, kGrayLuma);
+  QVImageRelease(gray);
+  return status;
+}
+
+void ToHsv(const cv::Mat& src, cv::Mat& dst) { cv::cvtColor(src, dst, cv::COLOR_RGB2HSV_FULL); }
+
+// Of four channels it would drop one.
+bool TakesHsv(int type) { return type == CV_8UC3 || type == CV_32FC3; }
+
+// The peer's nearest to "normal": it takes the layer's opacity for the whole image.
+void AddWeighted(const cv::Mat& src, cv::Mat& dst) { cv::addWeighted(src, 0.5, dst, 0.5, 0, dst); }
+
+Job BlendJob(const char* name, QVBlendMode mode, void (*peer)(const cv::Mat&, cv::Mat&) = nullptr) {
+  return {name,
+          "blend",
+          {catalog::Image(), static_cast<double>(mode), 1.0, catalog::Image()},
+          peer ? "opencv/addWeighted" : "",
+          peer};
+}
+
 std::vector<Job> PairedJobs() {
   return {
+      BlendJob("blend_normal", kQVBlendModeNormal, AddWeighted),
+      BlendJob("blend_multiply", kQVBlendModeMultiply),
+      BlendJob("blend_overlay", kQVBlendModeOverlay),
+      BlendJob("blend_soft-light", kQVBlendModeSoftLight),
+      BlendJob("blend_luminosity", kQVBlendModeLuminosity),
+      {"convert-mode", "convert-mode", {0.0}, "opencv/cvtColor_HSV", ToHsv, TakesHsv},
       {"copy", "copy", {}, "opencv/copyTo", Copy},
       {"fill", "fill-color", {kFill}, "opencv/setTo", Fill},
+      {"gray-image", "", {}, "opencv/cvtColor_GRAY", ToGray, nullptr, CreateGray},
       {"invert", "invert", {}, "opencv/bitwise_not", Invert},
   };
 }

@@ -16,6 +16,8 @@ struct Job {
   std::vector<catalog::Value> values = {};
   std::string peerName = {};
   void (*peer)(const cv::Mat& src, cv::Mat& dst) = nullptr;  // the same work, single-threaded
+  bool (*peerTakes)(int type) = nullptr;  // whether images of OpenCV's type; null: all of them
+  int (*run)(__QVImage* src) = nullptr;   // instead of an effect
 };
 
 /// The jobs with a peer, then every other effect of the catalog at its good values.

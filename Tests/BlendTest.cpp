@@ -208,22 +208,22 @@ constexpr Layout kLayouts[] = {{3, 0, 3, 0, 3, 0}, {4, 1, 3, 0, 4, 1}, {3, 0, 4,
                                {4, 1, 4, 1, 4, 1}, {4, 1, 4, 1, 3, 0}, {2, 1, 4, 1, 4, 1},
                                {2, 1, 1, 0, 2, 1}, {1, 0, 1, 0, 1, 0}, {5, 0, 6, 1, 6, 1}};
 
-// Which masks there are: of a, of b, inverted, and their depth.
+// Which masks there are, which are inverted, and their form.
 struct Masks {
-  bool a, b, inverted;
-  int depth;
+  bool a, b, invertA, invertB;
+  Form form;
 };
-constexpr Masks kMasks[] = {{false, false, false, 8},
-                            {true, false, false, 8},
-                            {false, true, true, 32},
-                            {true, true, true, 16}};
+constexpr Masks kMasks[] = {{false, false, false, false, {8, 1, 0}},
+                            {true, false, false, false, {8, 2, 1}},
+                            {false, true, false, true, {32, 1, 0}},
+                            {true, true, true, false, {16, 3, 0}},
+                            {true, true, false, false, {32, 1, 0}}};
 
-std::unique_ptr<TestImage> MakeMask(bool wanted, const Masks& masks, unsigned seed) {
+std::unique_ptr<TestImage> MakeMask(bool wanted, bool inverted, Form form, unsigned seed) {
   if (!wanted) return nullptr;
-  auto mask = std::make_unique<TestImage>(QVRect{3, 5, 100, 2}, Form{masks.depth, 1, 0},
-                                          Residency::kMemory, seed);
+  auto mask = std::make_unique<TestImage>(QVRect{3, 5, 100, 2}, form, Residency::kMemory, seed);
   HoldToRange(*mask);
-  if (masks.inverted) QVImageSetType(*mask, kQVImageTypeInvertedMask);
+  if (inverted) QVImageSetType(*mask, kQVImageTypeInvertedMask);
   return mask;
 }
 
@@ -242,7 +242,8 @@ TEST(Blend, EveryModeDepthAndLayoutAgreesWithThePlainDefinition) {
               plain(kBounds, form, Residency::kMemory, 3);
           HoldToRange(a);
           HoldToRange(b);
-          const auto maskOfA = MakeMask(masks.a, masks, 4), maskOfB = MakeMask(masks.b, masks, 5);
+          const auto maskOfA = MakeMask(masks.a, masks.invertA, masks.form, 4);
+          const auto maskOfB = MakeMask(masks.b, masks.invertB, masks.form, 5);
           const auto image = [](const auto& mask) -> __QVImage* {
             return mask ? static_cast<__QVImage*>(*mask) : nullptr;
           };

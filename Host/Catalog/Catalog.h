@@ -77,6 +77,7 @@ struct Effect {
   std::vector<Parameter> parameters = {};
   unsigned needs = kNeedsNothing;
   Transparency transparency = Transparency::Kept;
+  int missingRow = kQVStatusBadArgument;  // the status when a row can't be had
 };
 
 /// All effects, in the order that lists show.

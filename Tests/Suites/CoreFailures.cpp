@@ -73,15 +73,13 @@ constexpr QVRect kRect = {-2, 3, 30, 7};
 
 int sEvents;
 
-// A failed creation comes back as it is. Rows that can't be read are bad arguments, or the unknown
-// failure of the effect. A failed write is dropped, since only a flush could tell.
-bool IsRight(Operation operation, int status) {
+// A failed creation comes back as it is, a row that can't be read as the effect's status for that.
+// A failed write is dropped, since only a flush could tell.
+bool IsRight(const catalog::Effect& effect, Operation operation, int status) {
   switch (operation) {
     case Operation::kCreate: return status == kFailure;
-    case Operation::kRead:
-      return status == kQVStatusBadArgument || status == kFailure || status == kQVStatusUnknown ||
-             status == kQVStatusUnknown2;
-    case Operation::kWrite: return status == kQVStatusSuccess || status == kFailure;
+    case Operation::kRead: return status == effect.missingRow;
+    case Operation::kWrite: return status == kQVStatusSuccess;
   }
   return false;
 }
@@ -108,7 +106,8 @@ TEST_P(CoreFailures, ComeBackAsStatus) {
           break;
         }
         failed++;
-        EXPECT_TRUE(IsRight(operation, status)) << run << ", call " << n << ": " << status;
+        EXPECT_TRUE(IsRight(*run.effect, operation, status))
+            << run << ", call " << n << ": " << status;
         EXPECT_EQ(sEvents > 0, status != kQVStatusSuccess) << run << ", call " << n;
       }
       EXPECT_EQ(TestImage::Living(), 0) << run;

@@ -66,25 +66,28 @@ QVEFFECTS_API int QVEffectsBlendImages(__QVImage* a, __QVImage* b, __QVImage* ds
 
 /** Blends layer a over layer b, each with an opacity and a mask, by the full compositing rule.
  *
- *  With the coverage of a layer c = transparency * opacity * mask, A and B the layers' colours and
- * R the mode's result, the colour is (B * (1 - ca) * cb + (R * ca * cb + A * ca * (1 - cb))) / c
- * where c = ca + cb - ca * cb, the transparency of dst; where c is 0 it is R.
+ *  With the coverage of a layer, ca or cb = transparency * opacity * mask, the layers' colours A
+ * and B and the mode's result R, the colour is (B * (1 - ca) * cb + (R * ca * cb + A * ca * (1 -
+ * cb))) / c with c = ca + cb - ca * cb, which is the transparency of dst. Where c is 0 or less the
+ * colour is R.
  *
- *  a, b and dst have one depth; each has up to six planes of its own. The colour samples are as
- * many as those of dst; a layer with as many planes counts as opaque, one with one more has its
- *  transparency there. Modes of the whole colour (hue, saturation, color, luminosity,
- * lighter-color, darker-color) need three. dst may be a or b. Outside its bounds a layer with
- * transparency is empty and one without repeats its edge; a mask counts as 1 there.
- *  @param a,b                 upper and lower layer.
+ *  a, b and dst have one depth. There are as many colour samples as in dst, at most five. A layer
+ *  with as many planes counts as opaque, one with one more has its transparency there; one with
+ *  fewer has 0 for the missing samples, and its transparency stands for a colour. Modes of the
+ * whole colour (hue, saturation, color, luminosity, lighter-color, darker-color) are for RGB. dst
+ * may be a or b. Outside its bounds a layer with transparency is empty and one without repeats its
+ * edge; a mask counts as 1 there. At 8 and 16 bits results are held to the range.
+ *  @param a,b                   upper and lower layer; at most six planes.
  *  @param opacityOfA,opacityOfB 0 to 1.
- *  @param maskOfA,maskOfB     masks of one plane, of any depth but the same for both, or null. A
- * mask of type kQVImageTypeInvertedMask is read upside down.
- *  @param dst                 receives the result.
- *  @param mode                a mode; reverse forms aren't taken.
- *  @param rect                what to blend.
+ *  @param maskOfA,maskOfB       masks of any depth but the same for both, or null; the first of up
+ *                               to six planes counts. A mask of type kQVImageTypeInvertedMask is
+ *                               read upside down. A mask row that can't be had counts as 1.
+ *  @param dst                   receives the result.
+ *  @param mode                  a mode; reverse forms aren't taken.
+ *  @param rect                  what to blend.
  *  @return 0; kQVStatusBadArgument for an unknown mode, null or a row that can't be had;
- *          kQVStatusUnsupported for a depth other than 8, 16 and 32, layers whose depth differs
- * from that of a, masks that differ in depth, or more than six planes. */
+ *          kQVStatusUnsupported for a depth other than 8, 16 and 32, images whose depth differs
+ * from that of a, masks that differ in depth, or too many planes. */
 QVEFFECTS_API int QVEffectsBlendImagesWithOpacitiesAndMasks(__QVImage* a, float opacityOfA,
                                                             __QVImage* maskOfA, __QVImage* b,
                                                             float opacityOfB, __QVImage* maskOfB,

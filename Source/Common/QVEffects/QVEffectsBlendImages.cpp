@@ -79,118 +79,139 @@ bool IsInverted(__QVImage* mask) {
 
 // The pixel outside a mask, which counts as 1: full scale, or 0 where it is read upside down.
 struct MaskFill {
-  alignas(float) std::byte bytes[kStripPlanes * sizeof(float)];
+  alignas(float) std::byte bytes[kStripPlanes * sizeof(float)] = {};
 
   explicit MaskFill(__QVImage* mask) {
-    const bool isZero = !mask || IsInverted(mask);
-    std::memset(bytes, isZero ? 0 : 0xff, sizeof bytes);
-    if (!isZero && QVImageGetDepth(mask) == 32) {
-      std::fill_n(reinterpret_cast<float*>(bytes), kStripPlanes, 1.0f);
+    if (!mask || IsInverted(mask)) return;
+    if (QVImageGetPlaneBytes(mask) == sizeof(float)) {
+      for (size_t i = 0; i < sizeof bytes; i += sizeof kWhite) {
+        std::memcpy(bytes + i, &kWhite, sizeof kWhite);
+      }
+    } else {
+      std::ranges::fill(bytes, std::byte{0xff});
     }
   }
+
+  static constexpr float kWhite = 1.0f;
 };
 
-// A layer, its mask, and the strip of both that is at hand.
-struct Layer {
+// A mask sample s counts as s * sign + offset.
+struct Mask {
   MaskFill fill;
   QVImageAccess image;
-  QVImageAccess mask;
+  qv::LoadStrip load;
   int planes;
-  int maskPlanes;
-  float opacity;
-  bool inverted;
-  qv::LoadStrip loadMask;
+  float sign, offset;
   const std::byte* row = nullptr;
-  const std::byte* maskRow = nullptr;
   Strip strip = {};
-  Strip maskStrip = {};
+
+  Mask(__QVImage* anImage, qv::LoadStrip aLoad)
+      : fill(anImage),
+        image(anImage, fill.bytes),
+        load(aLoad),
+        planes(anImage ? QVImageGetNumPlanes(anImage) : 0),
+        sign(IsInverted(anImage) ? -1.0f : 1.0f),
+        offset(IsInverted(anImage) ? 1.0f : 0.0f) {}
+};
+
+struct Layer {
+  QVImageAccess image;
+  int planes;
+  float opacity;
+  const std::byte* row = nullptr;
+  Strip strip = {};
   alignas(64) float coverage[kStripPixels];
 
-  Layer(__QVImage* anImage, float anOpacity, __QVImage* aMask, int colors, qv::LoadStrip aLoadMask)
-      : fill(aMask),
-        image(anImage, nullptr),
-        mask(aMask, fill.bytes),
-        planes(QVImageGetNumPlanes(anImage)),
-        maskPlanes(aMask ? QVImageGetNumPlanes(aMask) : 0),
-        opacity(anOpacity),
-        inverted(IsInverted(aMask)),
-        loadMask(aLoadMask) {
+  Layer(__QVImage* anImage, float anOpacity, int colors)
+      : image(anImage, nullptr), planes(QVImageGetNumPlanes(anImage)), opacity(anOpacity) {
     // Opaque unless the layer has samples there.
     std::fill_n(strip[colors], kStripPixels, 1.0f);
   }
 };
 
-// Loads the pixels from column x of the row at hand.
-template <class T>
-void LoadLayer(Layer& layer, int colors, int x, int pixels) {
-  qv::LoadSamples<T>(layer.row + int64_t{x} * layer.image.colBytes, layer.planes, pixels,
-                     layer.strip);
-  float* factor = layer.maskStrip[0];
-  if (layer.maskRow) {
-    layer.loadMask(layer.maskRow + int64_t{x} * layer.mask.colBytes, layer.maskPlanes, pixels,
-                   layer.maskStrip);
-    if (layer.inverted) {
-      for (int i = 0; i < pixels; i++) factor[i] = 1.0f - factor[i];
-    }
-  } else {
+// What a call works with; images are opened in the order in which rows are asked for.
+struct Blending {
+  Layer a, b;
+  QVImageAccess target;
+  Mask maskOfA, maskOfB;
+  int planes;  // of the target
+  int colors;
+  qv::BlendStrip blend;
+  Strip mixed = {};
+  Strip result = {};
+};
+
+// The factors of a mask from pixel x of the row at hand; 1 where it has none.
+const float* LoadMask(Mask& mask, int64_t x, int pixels) {
+  float* factor = mask.strip[0];
+  if (!mask.row) {
     std::fill_n(factor, kStripPixels, 1.0f);
+    return factor;
   }
-  Cover(layer.strip[colors], layer.opacity, factor, pixels, layer.coverage);
+  mask.load(mask.row + x * mask.image.colBytes, mask.planes, pixels, mask.strip);
+  for (int i = 0; i < pixels; i++) factor[i] = factor[i] * mask.sign + mask.offset;
+  return factor;
 }
 
 template <class T>
-void BlendRow(Layer& a, Layer& b, T* out, int planes, int colors, int width, qv::BlendStrip blend) {
-  Strip mixed, result;
-  for (int x = 0; x < width; x += kStripPixels) {
-    const int pixels = std::min(width - x, kStripPixels);
-    LoadLayer<T>(a, colors, x, pixels);
-    LoadLayer<T>(b, colors, x, pixels);
+void LoadLayer(Layer& layer, Mask& mask, int colors, int64_t x, int pixels) {
+  qv::LoadSamples<T>(layer.row + x * layer.image.colBytes, layer.planes, pixels, layer.strip);
+  Cover(layer.strip[colors], layer.opacity, LoadMask(mask, x, pixels), pixels, layer.coverage);
+}
+
+template <class T>
+void BlendRow(Blending& call, T* out, int width) {
+  constexpr float kMax = qv::Sample<T>::kMax;
+  auto& [a, b, target, maskOfA, maskOfB, planes, colors, blend, mixed, result] = call;
+  for (int64_t x = 0; x < width; x += kStripPixels) {
+    const int pixels = static_cast<int>(std::min<int64_t>(width - x, kStripPixels));
+    LoadLayer<T>(a, maskOfA, colors, x, pixels);
+    LoadLayer<T>(b, maskOfB, colors, x, pixels);
     blend(a.strip, b.strip, mixed, colors, pixels);
-    constexpr float kMax = qv::Sample<T>::kMax;
     if (std::is_integral_v<T> && IsWhole(a.coverage, pixels) && IsWhole(b.coverage, pixels)) {
       CompositeWhole(mixed, colors, kMax, pixels, result);
     } else {
       Composite({a.strip, b.strip, mixed, a.coverage, b.coverage}, colors, kMax, pixels, result);
     }
-    qv::StoreSamples<T>(out + int64_t{x} * planes, planes, pixels, result);
+    qv::StoreSamples<T>(out + x * planes, planes, pixels, result);
   }
 }
 
+const std::byte* Bytes(const void* row) { return static_cast<const std::byte*>(row); }
+
 template <class T>
-int BlendRows(Layer& a, Layer& b, __QVImage* dst, VRect rect, qv::BlendStrip blend) {
-  const int planes = QVImageGetNumPlanes(dst);
-  const int colors = planes - QVImageGetTransparency(dst);
-  QVImageAccess target(dst, nullptr);
-  rect = rect.Intersect(target.bounds);
-  const int width = rect.right - rect.left;
-  for (int y = rect.top; y < rect.bottom && width > 0; y++) {
-    const auto bytes = [](const void* row) { return static_cast<const std::byte*>(row); };
-    a.row = bytes(qv::Required(a.image.ReadRow(y, rect.left, width), kSource));
-    b.row = bytes(qv::Required(b.image.ReadRow(y, rect.left, width), kSource));
-    void* out = qv::Required(target.WriteRow(y, rect.left, width), kSource);
-    a.maskRow = bytes(a.mask.ReadRow(y, rect.left, width));
-    b.maskRow = bytes(b.mask.ReadRow(y, rect.left, width));
-    BlendRow<T>(a, b, static_cast<T*>(out), planes, colors, width, blend);
+int BlendRows(Blending& call, VRect rect) {
+  rect = rect.Intersect(call.target.bounds);
+  const int left = rect.left, width = rect.right - rect.left;
+  if (width == 0) return kQVStatusSuccess;
+  for (int y = rect.top; y < rect.bottom; y++) {
+    call.a.row = Bytes(qv::Required(call.a.image.ReadRow(y, left, width), kSource));
+    call.b.row = Bytes(qv::Required(call.b.image.ReadRow(y, left, width), kSource));
+    void* out = qv::Required(call.target.WriteRow(y, left, width), kSource);
+    call.maskOfA.row = Bytes(call.maskOfA.image.ReadRow(y, left, width));
+    call.maskOfB.row = Bytes(call.maskOfB.image.ReadRow(y, left, width));
+    BlendRow<T>(call, static_cast<T*>(out), width);
   }
   return kQVStatusSuccess;
 }
 
 // ---- Arguments
 
-// Whether strips hold the image's pixels and, besides `colors` samples of colour, a transparency.
-bool Fits(__QVImage* image) { return QVImageGetNumPlanes(image) <= kStripPlanes; }
-
-// The function that loads the masks; null where they can't be had together.
+// The function that loads the masks; null where they can't be had, or not together.
 qv::LoadStrip FindMaskLoad(__QVImage* a, __QVImage* b) {
-  if (a && b && QVImageGetDepth(a) != QVImageGetDepth(b)) return nullptr;
+  if (a && b && QVImageGetPlaneBytes(a) != QVImageGetPlaneBytes(b)) return nullptr;
+  if (!qv::FitsPlanes(a) || !qv::FitsPlanes(b)) return nullptr;
   __QVImage* mask = b ? b : a;
-  if (mask && (!Fits(mask) || (a && !Fits(a)))) return nullptr;
-  switch (mask ? QVImageGetDepth(mask) : 8) {
-    case 8: return qv::LoadSamples<uchar>;
-    case 16: return qv::LoadSamples<ushort>;
-    case 32: return qv::LoadSamples<float>;
+  switch (mask ? QVImageGetPlaneBytes(mask) : 1) {
+    case 1: return qv::LoadSamples<uchar>;
+    case 2: return qv::LoadSamples<ushort>;
+    case 4: return qv::LoadSamples<float>;
     default: return nullptr;
   }
+}
+
+bool IsLikeA(__QVImage* image, __QVImage* a) {
+  return qv::FitsPlanes(image) && QVImageGetPlaneBytes(image) == QVImageGetPlaneBytes(a);
 }
 
 }  // namespace
@@ -200,18 +221,24 @@ int QVEffectsBlendImagesWithOpacitiesAndMasks(__QVImage* a, float opacityOfA, __
                                               __QVImage* dst, QVBlendMode mode, QVRect rect) {
   const qv::BlendStrip blend = qv::FindBlendStrip(mode);
   if (!blend || !a || !b || !dst) return kQVStatusBadArgument;
+  const qv::LoadStrip loadMask = FindMaskLoad(maskOfA, maskOfB);
+  const int planes = QVImageGetNumPlanes(dst);
+  const int colors = planes - QVImageGetTransparency(dst);
+  if (!loadMask || !IsLikeA(a, a) || !IsLikeA(b, a) || !IsLikeA(dst, a) || colors < 1 ||
+      colors >= kStripPlanes) {
+    return kQVStatusUnsupported;
+  }
   return qv::Guard(kSource, kQVStatusUnknown, [&] {
-    return qv::DispatchDepth(QVImageGetDepth(a), [&]<class T>() -> int {
-      const int depth = QVImageGetDepth(a);
-      const int colors = QVImageGetNumPlanes(dst) - QVImageGetTransparency(dst);
-      const qv::LoadStrip loadMask = FindMaskLoad(maskOfA, maskOfB);
-      if (QVImageGetDepth(b) != depth || QVImageGetDepth(dst) != depth || !loadMask || !Fits(a) ||
-          !Fits(b) || colors >= kStripPlanes) {
-        return kQVStatusUnsupported;
-      }
-      Layer upper(a, opacityOfA, maskOfA, colors, loadMask);
-      Layer lower(b, opacityOfB, maskOfB, colors, loadMask);
-      return BlendRows<T>(upper, lower, dst, MakeVRect(rect), blend);
+    return qv::DispatchDepth(QVImageGetPlaneBytes(a) * 8, [&]<class T>() {
+      Blending call = {Layer(a, opacityOfA, colors),
+                       Layer(b, opacityOfB, colors),
+                       QVImageAccess(dst, nullptr),
+                       Mask(maskOfA, loadMask),
+                       Mask(maskOfB, loadMask),
+                       planes,
+                       colors,
+                       blend};
+      return BlendRows<T>(call, MakeVRect(rect));
     });
   });
 }

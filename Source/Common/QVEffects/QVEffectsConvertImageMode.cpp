@@ -71,24 +71,6 @@ constexpr Mode kModes[] = {
 
 // ---- Rows
 
-// Samples of kPlanes planes on their own scale.
-template <int kPlanes, class T>
-void LoadRaw(const T* __restrict row, int pixels, Strip& strip) {
-  for (int i = 0; i < pixels; i++) {
-    for (int c = 0; c < kPlanes; c++) strip[c][i] = static_cast<float>(row[i * kPlanes + c]);
-  }
-}
-
-template <class T>
-void LoadRaw(const T* row, int planes, int pixels, Strip& strip) {
-  switch (planes) {
-    case 1: return LoadRaw<1>(row, pixels, strip);
-    case 2: return LoadRaw<2>(row, pixels, strip);
-    case 3: return LoadRaw<3>(row, pixels, strip);
-    default: return LoadRaw<4>(row, pixels, strip);
-  }
-}
-
 struct Strips {
   Strip in, out;
 };
@@ -100,7 +82,7 @@ void ConvertRow(const T* from, int fromPlanes, T* to, int toPlanes, int pixels, 
   auto& [in, out] = strips;
   while (pixels > 0) {
     const int count = std::min(pixels, qv::kStripPixels);
-    LoadRaw(from, fromPlanes, count, in);
+    qv::LoadUnscaled<T>(from, fromPlanes, count, in);
     mode.stage(in, count, kScale, out);
     std::memcpy(out[mode.toColors], in[mode.fromColors], count * sizeof(float));
     qv::StoreSamples<T>(to, toPlanes, count, out);

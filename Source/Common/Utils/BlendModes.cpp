@@ -48,11 +48,13 @@ void LumaChromaHue(const qv::Strip& a, const qv::Strip& b, qv::Strip& r, int col
 
 float LeftToRightLuma(qv::Color3 c) { return 0.299f * c.x + 0.587f * c.y + 0.114f * c.z; }
 
-qv::Color3 Choose(bool first, qv::Color3 a, qv::Color3 b) {
-  return {first ? a.x : b.x, first ? a.y : b.y, first ? a.z : b.z};
+qv::Color3 Choose(bool takeA, qv::Color3 a, qv::Color3 b) {
+  return {takeA ? a.x : b.x, takeA ? a.y : b.y, takeA ? a.z : b.z};
 }
 
 // ---- Formulas of some length; the others stand in the table
+
+float Overlay(float a, float b) { return b < 0.5f ? b * (a + a) : 2.0f * ((b + a) - b * a) - 1.0f; }
 
 float HardLight(float a, float b) {
   return a < 0.5f ? (a + a) * b : 2.0f * ((a + b) - a * b) - 1.0f;
@@ -64,18 +66,18 @@ float LinearLight(float a, float b) {
 }
 
 float Divide(float a, float b) {
-  const float full = b > 0.0f ? 1.0f : 0.0f;
-  return a > 0.0f ? Smaller(b / a, 1.0f) : full;
+  const float limit = b > 0.0f ? 1.0f : 0.0f;
+  return a > 0.0f ? Smaller(b / a, 1.0f) : limit;
 }
 
 float ColorBurn(float a, float b) {
-  const float full = b >= 1.0f ? 1.0f : 0.0f;
-  return a > 0.0f ? Larger((b - 1.0f) / a + 1.0f, 0.0f) : full;
+  const float limit = b >= 1.0f ? 1.0f : 0.0f;
+  return a > 0.0f ? Larger((b - 1.0f) / a + 1.0f, 0.0f) : limit;
 }
 
 float ColorDodge(float a, float b) {
-  const float full = b > 0.0f ? 1.0f : 0.0f;
-  return a < 1.0f ? Smaller(b / (1.0f - a), 1.0f) : full;
+  const float limit = b > 0.0f ? 1.0f : 0.0f;
+  return a < 1.0f ? Smaller(b / (1.0f - a), 1.0f) : limit;
 }
 
 float VividLight(float a, float b) {
@@ -105,7 +107,7 @@ constexpr Mode kModes[] = {
     {kQVBlendModeLighten, EachSample<Larger>},
     {kQVBlendModeDifference, EachSample<[](Float a, Float b) { return (a > b) ? a - b : b - a; }>},
     {kQVBlendModeScreen, EachSample<[](Float a, Float b) { return (a + b) - a * b; }>},
-    {kQVBlendModeOverlay, EachSample<[](Float a, Float b) { return HardLight(b, a); }>},
+    {kQVBlendModeOverlay, EachSample<Overlay>},
     {kQVBlendModeSoftLight,
      EachSample<[](Float a, Float b) { return ((1.0f - b) * (a + a) + b) * b; }>},
     {kQVBlendModeHardLight, EachSample<HardLight>},
@@ -136,10 +138,15 @@ constexpr Mode kModes[] = {
     {kQVBlendModePinLight, EachSample<PinLight>},
 };
 
+constexpr const Mode* Find(QVBlendMode mode) {
+  return std::ranges::find(kModes, mode, &Mode::code);
+}
+
 // Each mode of the list has its row.
-#define QV_COUNT_MODE(constant, code, name) +1
-static_assert(std::size(kModes) == 0 QV_BLEND_MODES(QV_COUNT_MODE));
-#undef QV_COUNT_MODE
+#define QV_HAS_ROW(constant, code, name) \
+  static_assert(Find(kQVBlendMode##constant) != std::end(kModes));
+QV_BLEND_MODES(QV_HAS_ROW)
+#undef QV_HAS_ROW
 
 QVBlendMode WithBits(QVBlendMode mode, unsigned cleared, unsigned set) {
   return static_cast<QVBlendMode>((static_cast<unsigned>(mode) & ~cleared) | set);
@@ -148,7 +155,7 @@ QVBlendMode WithBits(QVBlendMode mode, unsigned cleared, unsigned set) {
 }  // namespace
 
 qv::BlendStrip qv::FindBlendStrip(QVBlendMode mode) {
-  const auto* found = std::ranges::find(kModes, mode, &Mode::code);
+  const Mode* found = Find(mode);
   return found == std::end(kModes) ? nullptr : found->blend;
 }
 

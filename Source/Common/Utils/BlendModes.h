@@ -8,8 +8,8 @@
 
 namespace qv {
 
-/// Computes the colour R of a mode from A and B on the first planes of the strips. Planes of R that
-/// the mode doesn't make stay as they are.
+/// Computes the colour R of a mode from A and B, strips other than R's. Modes of each sample work
+/// on the first `colors` planes, modes of the whole colour always on three; other planes of R stay.
 using BlendStrip = void (*)(const Strip& a, const Strip& b, Strip& r, int colors, int pixels);
 
 /// The function of a mode in its forward form; null for an unknown mode, 0 and reverse forms.

@@ -51,7 +51,8 @@ To GrayOf(From r, From g, From b) {
     return qv::Truncate<To>(gray + 0.5f);
   } else {
     // Nothing is brighter than white, which comes out as full scale: there is nothing to hold.
-    return static_cast<To>(static_cast<int>(gray + 0.5f));
+    const float rounded = gray + 0.5f;
+    return static_cast<To>(static_cast<int>(rounded));
   }
 }
 

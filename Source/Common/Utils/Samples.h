@@ -50,14 +50,21 @@ T Truncate(float value) {
   return static_cast<T>(static_cast<int>(value));
 }
 
-/// The sample of a float from 0 to 1: rounded to nearest, half up; a float as it is.
+/// The sample of a value on its own scale: an integer rounded to nearest, half up; a float as it
+/// is.
 template <class T>
-T FromUnit(float value) {
+T Rounded(float value) {
   if constexpr (std::is_floating_point_v<T>) {
     return value;
   } else {
-    return Truncate<T>(value * Sample<T>::kMax + 0.5f);
+    return Truncate<T>(value + 0.5f);
   }
+}
+
+/// The sample of a float from 0 to 1.
+template <class T>
+T FromUnit(float value) {
+  return Rounded<T>(value * Sample<T>::kMax);
 }
 
 }  // namespace qv

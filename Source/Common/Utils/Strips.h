@@ -27,53 +27,48 @@ struct Strip {
 /// Stages run over whole vectors: past `pixels` they compute what nobody stores.
 inline int WholeVectors(int pixels) { return (pixels + 15) / 16 * 16; }
 
+/// Whether strips can hold the image's pixels. True of null, which has none.
+inline bool FitsPlanes(__QVImage* image) {
+  const int planes = image ? QVImageGetNumPlanes(image) : 0;
+  return planes <= kStripPlanes &&
+         (!image || QVImageGetColBytes(image) == planes * QVImageGetPlaneBytes(image));
+}
+
 /// Loads pixels as floats from 0 to 1, each plane into the strip's plane of its number.
 using LoadStrip = void (*)(const void* row, int planes, int pixels, Strip& strip);
 
-/// Stores pixels from values on the scale of the sample, less the rounding: an integer sample is
-/// the truncation of value + 0.5, a float the value.
-using StoreStrip = void (*)(void* row, int planes, int pixels, const Strip& strip);
-
 namespace detail {
-
-template <class T>
-T Rounded(float value) {
-  if constexpr (std::is_floating_point_v<T>) {
-    return value;
-  } else {
-    return Truncate<T>(value + 0.5f);
-  }
-}
 
 // A pixel as one integer, where there is one of its size: whole pixels are then loaded, shifted and
 // masked, instead of samples picked from every other place. The first sample lies in the low bits.
-template <class T, class Layout>
-constexpr auto PixelWord() {
-  if constexpr (std::is_same_v<Layout, AnyLayout> || std::is_floating_point_v<T> ||
-                std::endian::native != std::endian::little) {
+template <class T>
+void PixelWord(AnyLayout) {}
+
+template <class T, int kPlanes, int kTransparency>
+constexpr auto PixelWord(FixedLayout<kPlanes, kTransparency>) {
+  constexpr bool isLittle = std::endian::native == std::endian::little;
+  if constexpr (!isLittle || std::is_floating_point_v<T> || kPlanes % 2 == 1) {
     return;
-  } else if constexpr (Layout::planes == 1 || Layout::planes == 3) {
-    return;
-  } else if constexpr (Layout::planes * sizeof(T) == 2) {
+  } else if constexpr (kPlanes * sizeof(T) == 2) {
     return uint16_t{};
-  } else if constexpr (Layout::planes * sizeof(T) == 4) {
+  } else if constexpr (kPlanes * sizeof(T) == 4) {
     return uint32_t{};
   } else {
     return uint64_t{};
   }
 }
 
-template <class T, class Layout>
+template <auto convert, class T, class Layout>
 void Load(const T* __restrict row, int pixels, Layout layout, Strip& strip) {
-  using Word = decltype(PixelWord<T, Layout>());
+  using Word = decltype(PixelWord<T>(layout));
   for (int i = 0; i < pixels; i++) {
     if constexpr (std::is_void_v<Word>) {
-      for (int c = 0; c < layout.planes; c++) strip[c][i] = ToUnit(row[i * layout.planes + c]);
+      for (int c = 0; c < layout.planes; c++) strip[c][i] = convert(row[i * layout.planes + c]);
     } else {
       Word word;
       std::memcpy(&word, row + i * layout.planes, sizeof word);
       for (int c = 0; c < layout.planes; c++) {
-        strip[c][i] = ToUnit(static_cast<T>(word >> (8 * sizeof(T) * c)));
+        strip[c][i] = convert(static_cast<T>(word >> (8 * sizeof(T) * c)));
       }
     }
   }
@@ -81,7 +76,7 @@ void Load(const T* __restrict row, int pixels, Layout layout, Strip& strip) {
 
 template <class T, class Layout>
 void Store(T* __restrict row, int pixels, Layout layout, const Strip& strip) {
-  using Word = decltype(PixelWord<T, Layout>());
+  using Word = decltype(PixelWord<T>(layout));
   for (int i = 0; i < pixels; i++) {
     if constexpr (std::is_void_v<Word>) {
       for (int c = 0; c < layout.planes; c++) row[i * layout.planes + c] = Rounded<T>(strip[c][i]);
@@ -112,10 +107,21 @@ void WithPlanes(int planes, F&& f) {
 template <class T>
 void LoadSamples(const void* row, int planes, int pixels, Strip& strip) {
   detail::WithPlanes(planes, [&](auto layout) {
-    detail::Load(static_cast<const T*>(row), pixels, layout, strip);
+    detail::Load<ToUnit<T>>(static_cast<const T*>(row), pixels, layout, strip);
   });
 }
 
+/// Loads pixels as floats on the samples' own scale.
+template <class T>
+void LoadUnscaled(const void* row, int planes, int pixels, Strip& strip) {
+  constexpr auto kAsIs = [](T sample) { return static_cast<float>(sample); };
+  detail::WithPlanes(planes, [&](auto layout) {
+    detail::Load<kAsIs>(static_cast<const T*>(row), pixels, layout, strip);
+  });
+}
+
+/// Stores pixels from values on the scale of the sample: an integer sample is the truncation of
+/// value + 0.5, held to the range; a float the value.
 template <class T>
 void StoreSamples(void* row, int planes, int pixels, const Strip& strip) {
   detail::WithPlanes(
