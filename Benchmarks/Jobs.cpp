@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <opencv2/imgproc.hpp>
 
-#include "Utils/GrayImages.h"
+#include "Utils/QVEffectsUtils.h"
 
 namespace bench {
 namespace {

@@ -159,6 +159,16 @@ TEST(ConvertMode, GivesKnownSamples) {
   }
 }
 
+// Near white, rounding takes the saturation of a colour in range past full scale.
+TEST(ConvertMode, HoldsWhatRoundingTakesOut) {
+  TestImage src({0, 0, 2, 1}, {16, 3, 0}), dst({0, 0, 2, 1}, {16, 3, 0});
+  constexpr uint16_t kColors[2][3] = {{65529, 65382, 65535}, {65262, 65535, 65535}};
+  std::memcpy(src.Address(0, 0), kColors, sizeof kColors);
+  ASSERT_EQ(QVEffectsConvertImageMode(src, dst, {0, 0, 2, 1}, kQVColorModeRGBToHSL), 0);
+  EXPECT_EQ(dst.At<uint16_t>(0, 0, 1), 65535);
+  EXPECT_EQ(dst.At<uint16_t>(1, 0, 1), 65535);
+}
+
 TEST(ConvertMode, RefusesWhatDoesNotFit) {
   constexpr QVRect kRect = {0, 0, 5, 2};
   constexpr Form kForms[] = {{8, 1, 0}, {8, 2, 1}, {8, 3, 0},  {8, 4, 1},  {8, 2, 0},

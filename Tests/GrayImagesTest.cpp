@@ -9,7 +9,6 @@
 #include "CaughtLog.h"
 #include "Naive.h"
 #include "TestImage.h"
-#include "Utils/GrayImages.h"
 #include "Utils/QVEffectsUtils.h"
 
 namespace {
@@ -202,6 +201,18 @@ TEST(GrayImages, RefuseWhatDoesNotFit) {
   }
   EXPECT_TRUE(log.events.empty());
   EXPECT_TRUE(rgb.Bytes() == before);
+
+  // Transparency isn't blue.
+  qv::ImageRef twoColors;
+  ASSERT_EQ(
+      QVImageCreateWithParams2({0, 0, 4, 4}, 8, 3, kQVColorSpaceRGB, 1, 0, twoColors.Receive()),
+      kQVStatusSuccess);
+  __QVImage* gotten = rgb;
+  EXPECT_EQ(CreateGrayScaleImage(twoColors, gotten, kRects[0], kGrayAsSource, kGrayLuma), 1020);
+  // Edges further apart than an int holds.
+  EXPECT_EQ(CreateGrayScaleImage(rgb, gotten, {INT_MIN, 0, INT_MAX, 0}, kGrayAsSource, kGrayLuma),
+            1005);
+  EXPECT_EQ(gotten, nullptr);
 }
 
 TEST(GrayImages, FailuresAreLoggedOnce) {

@@ -23,7 +23,7 @@ To ConvertSample(From value) {
     return static_cast<To>(value) / static_cast<To>(kFull<From>);
   } else if constexpr (kIsFloat<From>) {
     if (!(value > 0)) return 0;
-    return static_cast<To>(std::min(static_cast<double>(value), 1.0) * kFull<To> + 0.5);
+    return static_cast<To>(std::lround(std::min(static_cast<double>(value), 1.0) * kFull<To>));
   } else {
     return static_cast<To>((value * kFull<To> + kFull<From> / 2) / kFull<From>);
   }

@@ -28,7 +28,8 @@ Picture ReadPhoto(const std::string& path, const Options& options) {
   Picture photo = ReadImage(path, options.console);
   return InStage(Exit::Effect, path, [&] {
     photo = WithAssociation(std::move(photo), false);
-    photo = ScaledTo(std::move(photo), std::min(photo.width, options.width));
+    const int width = std::min(photo.width, options.width);
+    photo = ScaledTo(std::move(photo), width);
     return WithRGB(WithDepth(std::move(photo), 8));
   });
 }

@@ -46,7 +46,7 @@ class TemporaryFile {
       mFile = open(mTemporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
       if (mFile < 0 && errno != EEXIST) FailWriting(name, errno);
     }
-    std::strcpy(gTemporaryName, mTemporary.c_str());
+    std::memcpy(gTemporaryName, mTemporary.c_str(), mTemporary.size() + 1);
     HandleSignals(true);
   }
 

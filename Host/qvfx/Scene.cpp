@@ -58,7 +58,10 @@ float SmoothNoise(float x, float y) {
 // Octaves of noise: clouds, grass.
 float Texture(float x, float y) {
   float sum = 0;
-  for (float scale = 1; scale <= 16; scale *= 2) sum += SmoothNoise(x * scale, y * scale) / scale;
+  for (int octave = 0; octave <= 4; ++octave) {
+    const auto scale = static_cast<float>(1 << octave);
+    sum += SmoothNoise(x * scale, y * scale) / scale;
+  }
   return sum;
 }
 

@@ -75,7 +75,7 @@ void Sheet::Place(int cell, std::size_t photo, const Picture& picture) {
   const QVPoint origin = Origin(cell);
   const std::uint8_t* from = tile.As<std::uint8_t>();
   for (int y = 0; y < tile.height; ++y) {
-    const std::size_t row = static_cast<std::size_t>(origin.y + mTileTops[photo] + y);
+    const std::size_t row = static_cast<std::size_t>(origin.y) + mTileTops[photo] + y;
     std::uint8_t* to = mSheet.As<std::uint8_t>() + (row * mSheet.width + origin.x) * 3;
     for (int x = 0; x < tile.width; ++x, from += tile.channels, to += 3) {
       const int alpha = tile.HasTransparency() ? from[3] : 255;

@@ -34,6 +34,7 @@ std::string FormatRange(const catalog::Parameter& parameter);
 /// The names of effects, parameters or choices.
 std::vector<std::string_view> NamesOf(const auto& things) {
   std::vector<std::string_view> names;
+  names.reserve(things.size());
   for (const auto& thing : things) names.push_back(thing.name);
   return names;
 }

@@ -72,8 +72,8 @@ const Format& FormatOf(const std::string& path) {
 
 // The picture as the format stores it.
 Picture Adapt(Picture picture, const Format& format) {
-  picture =
-      WithDepth(std::move(picture), std::clamp(picture.depth, format.minDepth, format.maxDepth));
+  const int depth = std::clamp(picture.depth, format.minDepth, format.maxDepth);
+  picture = WithDepth(std::move(picture), depth);
   switch (format.transparency) {
     case Transparency::None: return WithoutTransparency(WithAssociation(std::move(picture), false));
     case Transparency::Unassociated: return WithAssociation(std::move(picture), false);
@@ -147,7 +147,7 @@ void EncodeAndWrite(const std::string& path, const Picture& picture, const Forma
     if (reason.empty() && IsPng(format)) AddExif(memory.buffer(), spec);
     if (reason.empty()) return WriteFile(path, format.needsFile ? file.Bytes() : memory.buffer());
     if (!spec.find_attribute(kProfile)) {
-      throw Failure(Exit::Output, path + ": can't be written: " + reason);
+      throw Failure(Exit::Output, std::string(path).append(": can't be written: ").append(reason));
     }
     spec.erase_attribute(kProfile);
     Warn(console, path + ": the colour profile doesn't fit and is left out");

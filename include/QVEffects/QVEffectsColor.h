@@ -33,7 +33,8 @@ QVEFFECTS_API void RGB2LCH(const float* rgb, float* lch);
 
 /** Luma, chroma, hue to RGB. The result has the given luma; where no colour from 0 to 1 has that
  *  luma and chroma, the chroma gives way. Luma 0 or below is black.
- *  @param lch three floats; what lies at hue 1 or outside the circle is between red and yellow.
+ *  @param lch three floats; a hue of 1 or more counts as between red and yellow, one below 0
+ *             should be raised by 1 first.
  *  @param rgb three floats; set. */
 QVEFFECTS_API void LCH2RGB(const float* lch, float* rgb);
 
@@ -58,8 +59,9 @@ QVEFFECTS_API void RGB2HSL(const float* rgb, float* hsl);
  *  @param rgb three floats; set. */
 QVEFFECTS_API void HSL2RGB(const float* hsl, float* rgb);
 
-/** As RGB2HSB(), by the formula that is common in shaders: the results differ by rounding, and
- *  for components around 1e-10 by more.
+/** As RGB2HSB(), by the formula that is common in shaders: the results differ by rounding, by more
+ *  near gray and near black, where 1e-10 is added to the divisors, and where the largest component
+ *  is negative.
  *  @param rgb three floats.
  *  @param hsb three floats; set. */
 QVEFFECTS_API void RGB2HSB_GLSL(const float* rgb, float* hsb);
@@ -79,8 +81,8 @@ QVEFFECTS_API void RGB2XYZ(const float* rgb, float* xyz);
  *  @param rgb three floats; set. */
 QVEFFECTS_API void XYZ2RGB(const float* xyz, float* rgb);
 
-/** RGB to Lab. As CIE L*a*b*, with L over 100, and a and b scaled to lie from 0 to 1 around 0.5,
- *  by other factors above neutral than below.
+/** RGB to Lab. As CIE L*a*b*, with L divided by 100, and a and b scaled to lie from 0 to 1, with
+ *  neutral at 0.5, by other factors above neutral than below.
  *  @param rgb three floats.
  *  @param lab three floats; set. */
 QVEFFECTS_API void RGB2Lab(const float* rgb, float* lab);
@@ -93,14 +95,14 @@ QVEFFECTS_API void Lab2RGB(const float* lab, float* rgb);
 /** Changes saturation. The largest component stays, the others move away from it or towards it,
  *  the smallest never below 0.
  *  @param rgb    three floats; changed.
- *  @param amount -1 (gray at the level of the largest component) to 1 and above; 0 for no change,
- *                but for rounding. */
+ *  @param amount -1 (gray at the level of the largest component) to 1 and above; 0 for no change
+ *                of a colour from 0 to 1, but for rounding. */
 QVEFFECTS_API void Saturation(float* rgb, float amount);
 
-/** Changes brightness: the largest component moves along a hyperbola that holds 0 and 1, and the
- *  ratios of the components stay.
+/** Changes brightness: the largest component moves along a hyperbola that holds 0 and 1, never
+ *  above 1, and the ratios of the components stay.
  *  @param rgb    three floats; changed.
- *  @param amount -1 to 1 and above; 0 for no change, but for rounding. */
+ *  @param amount -1 to 1 and above; 0 for no change of a colour from 0 to 1, but for rounding. */
 QVEFFECTS_API void Brightness(float* rgb, float amount);
 
 /** Saturation() and Brightness() in one step, both for the largest component of the input.
@@ -113,7 +115,7 @@ QVEFFECTS_API void SaturationBrightness(float* rgb, float saturation, float brig
  *  @param hsb        three floats; changed.
  *  @param hue        added to the hue, which goes round the circle.
  *  @param saturation saturation is multiplied with 1 + this, and held at 1.
- *  @param brightness as in Brightness(). */
+ *  @param brightness moves brightness along the hyperbola of Brightness(), without its bound. */
 QVEFFECTS_API void HueSaturationBrightness(float* hsb, float hue, float saturation,
                                            float brightness);
 
@@ -153,7 +155,14 @@ extern QVEFFECTS_API const unsigned short gRandom[65536];
  *  @param x,y the position; any int.
  *  @return the noise. */
 template <class T>
-QVEFFECTS_API T RandomReproducible(int x, int y);
+T RandomReproducible(int x, int y);
+
+/** @cond */
+template <>
+QVEFFECTS_API unsigned char RandomReproducible<unsigned char>(int x, int y);
+template <>
+QVEFFECTS_API float RandomReproducible<float>(int x, int y);
+/** @endcond */
 #endif
 
 #endif

@@ -40,8 +40,8 @@ enum QVColorMode {
  *  transparency 0; what falls outside `dst` is dropped.
  *  @param src,dst source and destination: 8, 16 or 32 bits, the same in both; the colour planes
  *                 that the mode has on its side, and a transparency plane or none. They may be the
- *                 same image in the modes up to #kQVColorModeYCCToRGB. Colour spaces aren't looked
- *                 at.
+ *                 same image in the modes up to #kQVColorModeYCCToRGB; images of different planes
+ *                 mustn't share memory. Colour spaces aren't looked at.
  *  @param rect    what to convert; see QVEffectsBasics.h for rectangles that aren't inside.
  *  @param mode    see ::QVColorMode.
  *  @return 0; kQVStatusBadArgument for another mode or null; kQVStatusUnsupported for images that

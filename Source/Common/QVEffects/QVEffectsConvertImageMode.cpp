@@ -3,9 +3,11 @@
 // is written once for all depths, with and without transparency.
 #include <QVEffects/QVEffectsConvert.h>
 
+#include <algorithm>
+#include <cstring>
 #include <iterator>
 
-#include "Utils/GrayImages.h"
+#include "Utils/ColorMath.h"
 #include "Utils/Strips.h"
 
 namespace {

@@ -17,6 +17,8 @@ void Store(float* to, qv::Color3 c) {
 constexpr uint32_t kFirstRandom = 123456789;
 uint32_t sRandom = kFirstRandom;
 
+int NoiseIndex(int x, int y) { return (x & 255) | (y & 255) << 8; }
+
 }  // namespace
 
 void RGB2LCH(const float* rgb, float* lch) { Store(lch, qv::RgbToLch(Load(rgb))); }
@@ -64,15 +66,12 @@ uint32_t Random() {
   return sRandom;
 }
 
-template <class T>
-T RandomReproducible(int x, int y) {
-  const int index = (x & 255) | (y & 255) << 8;
-  if constexpr (sizeof(T) == 1) {
-    return reinterpret_cast<const T*>(gRandom)[index];
-  } else {
-    return static_cast<T>(gRandom[index]) * 1.5259022e-5f;
-  }
+template <>
+unsigned char RandomReproducible<unsigned char>(int x, int y) {
+  return reinterpret_cast<const unsigned char*>(gRandom)[NoiseIndex(x, y)];
 }
 
-template QVEFFECTS_API unsigned char RandomReproducible<unsigned char>(int x, int y);
-template QVEFFECTS_API float RandomReproducible<float>(int x, int y);
+template <>
+float RandomReproducible<float>(int x, int y) {
+  return static_cast<float>(gRandom[NoiseIndex(x, y)]) * 1.5259022e-5f;
+}

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The formulas of colour: conversions, and changes of saturation, brightness and vibrance. What
-// they mean is told in QVEffectsColor.h. They are pure and free of branches, tables and
-// float-to-integer conversions, so that a loop that calls them is vectorised and any input, NaN
-// included, is defined. (Only XYZ and Lab call out, to pow.)
+// they mean is told in QVEffectsColor.h. They are pure and free of tables and float-to-integer
+// conversions: any input, NaN included, is defined. All but XYZ and Lab, which call pow, are free
+// of branches too: a loop over separate rows of components is vectorised from x86-64-v2 on.
 #pragma once
 
 #include <algorithm>
@@ -25,72 +25,89 @@ inline float Luma(float r, float g, float b) { return b * 0.114f + (g * 0.587f +
 inline float Largest(Color3 c) { return std::max(std::max(c.x, c.y), c.z); }
 inline float Smallest(Color3 c) { return std::min(c.z, std::min(c.y, c.x)); }
 
-/// What comparing the components tells about their order.
+/// The order of the components. Each condition comes from few comparisons: with AVX-512, joining
+/// comparisons costs as much as making them.
 struct Order {
-  bool greenOverRed, blueOverRed, blueOverGreen;
+  float upper, lower, blue;  // The upper and the lower one of red and green.
+  bool greenOverRed, blueOverUpper, blueOverLower;
 
   explicit Order(Color3 c)
-      : greenOverRed(c.y > c.x), blueOverRed(c.z > c.x), blueOverGreen(c.z > c.y) {}
+      : upper(std::max(c.x, c.y)),
+        lower(std::min(c.y, c.x)),
+        blue(c.z),
+        greenOverRed(c.y > c.x),
+        blueOverUpper(blue > upper),
+        blueOverLower(blue > lower) {}
 
-  bool BlueIsLargest() const { return greenOverRed ? blueOverGreen : blueOverRed; }
-  bool BlueIsSmallest() const { return greenOverRed ? !blueOverRed : !blueOverGreen; }
+  bool RedIsLargest() const { return !greenOverRed & !blueOverUpper; }
+  bool GreenIsLargest() const { return greenOverRed & !blueOverUpper; }
+  bool BlueIsLargest() const { return blueOverUpper; }
+  bool RedIsSmallest() const { return greenOverRed & blueOverLower; }
+  bool GreenIsSmallest() const { return !greenOverRed & blueOverLower; }
+  bool BlueIsSmallest() const { return !blueOverLower; }
+
+  /// Whether the middle one comes before the largest in the circle of red, green and blue, rather
+  /// than after it. Each exchange of two neighbours in the order turns this round.
+  bool RunsBackward() const { return greenOverRed ^ blueOverUpper ^ blueOverLower; }
+
+  float Middle() const { return blueOverUpper ? upper : (blueOverLower ? blue : lower); }
+
+  /// The value for the component that is the largest.
+  float OfLargest(float ofRed, float ofGreen, float ofBlue) const {
+    return blueOverUpper ? ofBlue : (greenOverRed ? ofGreen : ofRed);
+  }
 
   /// A value for each component by its rank.
   Color3 Ranked(float largest, float middle, float smallest) const {
-    const bool blueLargest = BlueIsLargest(), blueSmallest = BlueIsSmallest();
-    const bool redLargest = !blueLargest & !greenOverRed;
-    const bool redSmallest = !blueSmallest & greenOverRed;
-    const bool greenLargest = !redLargest & !blueLargest;
-    const bool greenSmallest = !redSmallest & !blueSmallest;
-    return {redLargest ? largest : (redSmallest ? smallest : middle),
-            greenLargest ? largest : (greenSmallest ? smallest : middle),
-            blueLargest ? largest : (blueSmallest ? smallest : middle)};
+    return {RedIsLargest() ? largest : (RedIsSmallest() ? smallest : middle),
+            GreenIsLargest() ? largest : (GreenIsSmallest() ? smallest : middle),
+            BlueIsLargest() ? largest : (BlueIsSmallest() ? smallest : middle)};
   }
 };
-
-inline float Middle(Color3 c) {
-  const Order o(c);
-  const float ofGreenBlue = o.blueOverGreen ? c.z : c.y;
-  const float ofRedBlue = o.blueOverRed ? c.z : c.x;
-  const float ofRedGreen = o.greenOverRed ? c.y : c.x;
-  return o.BlueIsLargest() ? ofRedGreen : (o.greenOverRed ? ofRedBlue : ofGreenBlue);
-}
 
 // ---- Luma, chroma, hue
 
 inline Color3 RgbToLch(Color3 rgb) {
   const Order o(rgb);
-  const bool blue = o.BlueIsLargest(), green = !blue & o.greenOverRed;
   const float smallest = Smallest(rgb);
   const float chroma = Largest(rgb) - smallest;
-  const float t = (Middle(rgb) - smallest) / chroma;
+  const float t = (o.Middle() - smallest) / chroma;
   // The largest component names a corner of the circle; the middle one tells how far it is to the
   // next corner (forward) or to the one before (backward).
-  const bool backward = blue ? o.greenOverRed : (green ? !o.blueOverRed : o.blueOverGreen);
-  const float corner = blue ? 4.0f : (green ? 2.0f : (backward ? 6.0f : 0.0f));
+  const bool backward = o.RunsBackward();
+  const float corner = o.OfLargest(backward ? 6.0f : 0.0f, 2.0f, 4.0f);
   const float hue = (corner + (backward ? -t : t)) / 6.0f;
   return {Luma(rgb.x, rgb.y, rgb.z), chroma, chroma > 0.0f ? hue : 0.0f};
 }
 
 inline Color3 LchToRgb(Color3 lch) {
   const float luma = lch.x, chroma = lch.y, h = lch.z * 6.0f;
-  const float i = std::trunc(h);
-  const float f = h - i;
+  const float f = h - std::trunc(h);
   const float rising = f * chroma, falling = (1.0f - f) * chroma;
-  const bool is1 = i == 1.0f, is2 = i == 2.0f, is3 = i == 3.0f, is4 = i == 4.0f, is5 = i == 5.0f;
-  const float r = (is2 | is3) ? 0.0f : (is1 ? falling : (is4 ? rising : chroma));
-  const float g = (is4 | is5) ? 0.0f : ((is1 | is2) ? chroma : (is3 ? falling : rising));
-  const float b = (is3 | is4) ? chroma : (is2 ? rising : (is5 ? falling : 0.0f));
+  // A chain of single comparisons, as in Order. What lies outside 1 to 6 is as between 0 and 1.
+  float r = h >= 1.0f ? falling : chroma;
+  r = h >= 2.0f ? 0.0f : r;
+  r = h >= 4.0f ? rising : r;
+  r = h >= 5.0f ? chroma : r;
+  float g = h >= 1.0f ? chroma : rising;
+  g = h >= 3.0f ? falling : g;
+  g = h >= 4.0f ? 0.0f : g;
+  g = h >= 6.0f ? rising : g;
+  float b = h >= 2.0f ? rising : 0.0f;
+  b = h >= 3.0f ? chroma : b;
+  b = h >= 5.0f ? falling : b;
+  b = h >= 6.0f ? 0.0f : b;
 
   const float pure = Luma(r, g, b);
-  const bool darken = pure >= luma;
+  const bool black = luma <= 0.0f, darken = pure >= luma;
   const float lift = luma - pure;
-  // Without chroma there is nothing to give way, also where luma is above 1.
-  const bool over = !darken & (lift + chroma > 1.0f) & (chroma != pure);
+  // Chroma gives way, but for gray with luma above 1: there the steps would divide by 0.
+  const bool over = (lift + chroma > 1.0f) & (chroma != pure);
   const float ratio = (darken ? luma : 1.0f - luma) / (darken ? pure : chroma - pure);
-  const bool black = luma <= 0.0f;
-  const float scale = black ? 0.0f : ((darken | over) ? ratio : 1.0f);
-  const float offset = (black | darken) ? 0.0f : (over ? 1.0f - chroma * ratio : lift);
+  const float lightScale = over ? ratio : 1.0f;
+  const float lightOffset = over ? 1.0f - chroma * ratio : lift;
+  const float scale = black ? 0.0f : (darken ? ratio : lightScale);
+  const float offset = (!darken & !black) ? lightOffset : 0.0f;
   return {r * scale + offset, g * scale + offset, b * scale + offset};
 }
 
@@ -99,9 +116,8 @@ inline Color3 LchToRgb(Color3 lch) {
 /// Hue from the largest component and the difference of the two others; d is largest - smallest.
 inline float HueOf(Color3 rgb, float d) {
   const Order o(rgb);
-  const bool blue = o.BlueIsLargest(), green = !blue & o.greenOverRed;
-  const float corner = blue ? 0.6666667f : (green ? 0.33333334f : 0.0f);
-  const float difference = blue ? rgb.x - rgb.y : (green ? rgb.z - rgb.x : rgb.y - rgb.z);
+  const float corner = o.OfLargest(0.0f, 0.33333334f, 0.6666667f);
+  const float difference = o.OfLargest(rgb.y - rgb.z, rgb.z - rgb.x, rgb.x - rgb.y);
   const float hue = corner + difference / (d > 0.0f ? 6.0f * d : 1.0f);
   return hue < 0.0f ? hue + 1.0f : hue;
 }
@@ -228,7 +244,7 @@ inline Color3 LabToRgb(Color3 lab) {
 // ---- Changes
 
 /// What the distances to the largest component are multiplied with. Held where the smallest becomes
-/// 0. For colours with largest > smallest only.
+/// 0. Meaningless, and to be ignored, unless largest > smallest.
 inline float SaturationFactor(float largest, float smallest, float amount) {
   return std::min(largest / (largest - smallest), amount + 1.0f);
 }
@@ -276,7 +292,8 @@ inline Color3 WithHueSaturationBrightness(Color3 hsb, float hue, float saturatio
 }
 
 inline Color3 WithVibrance(Color3 rgb, float amount) {
-  const float largest = Largest(rgb), smallest = Smallest(rgb), middle = Middle(rgb);
+  const Order o(rgb);
+  const float largest = Largest(rgb), smallest = Smallest(rgb);
   const bool gray = smallest >= largest;
 
   const float center = (largest + smallest) * 0.5f;
@@ -286,7 +303,7 @@ inline Color3 WithVibrance(Color3 rgb, float amount) {
   const float d = largest - smallest;
   const float e = std::min(0.5f * d, std::min(smallest, 1.0f - largest)) * amount;
   const float top = largest + e, low = smallest - e;
-  const Color3 vivid = Order(rgb).Ranked(top, top - (largest - middle) * (top - low) / d, low);
+  const Color3 vivid = o.Ranked(top, top - (largest - o.Middle()) * (top - low) / d, low);
 
   const bool less = amount < 0.0f;
   return {gray ? rgb.x : (less ? pale.x : vivid.x), gray ? rgb.y : (less ? pale.y : vivid.y),
@@ -302,6 +319,24 @@ inline Color3 WithVibrance2(Color3 rgb, float amount) {
   const float s = std::min(1.0f / Largest(n), (rgb.x + rgb.y + rgb.z) / (n.x + n.y + n.z));
   const bool same = (amount == 0.0f) | (d <= 0.0f);
   return {same ? rgb.x : n.x * s, same ? rgb.y : n.y * s, same ? rgb.z : n.z * s};
+}
+
+// ---- Luma and chroma differences (QVEffectsConvert.h tells of them)
+
+/// Luma and the two chroma differences, which are 0.5 for grays, by the matrix of JPEG.
+inline Color3 RgbToYcc(Color3 rgb) {
+  return {Luma(rgb.x, rgb.y, rgb.z),
+          rgb.z * 0.5f + (rgb.y * -0.331264f + rgb.x * -0.168736f) + 0.5f,
+          rgb.z * -0.081312f + (rgb.y * -0.418688f + rgb.x * 0.5f) + 0.5f};
+}
+
+/// Held to 0 to 1; NaN stays.
+inline float HeldToUnit(float v) { return v < 0.0f ? 0.0f : (v > 1.0f ? 1.0f : v); }
+
+inline Color3 YccToRgb(Color3 ycc) {
+  const float cb = ycc.y - 0.5f, cr = ycc.z - 0.5f;
+  return {HeldToUnit(cr * 1.402f + ycc.x), HeldToUnit(cr * -0.714136f + (cb * -0.344136f + ycc.x)),
+          HeldToUnit(cb * 1.772f + ycc.x)};
 }
 
 }  // namespace qv

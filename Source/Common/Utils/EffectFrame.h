@@ -70,29 +70,29 @@ inline bool HaveSamePixels(__QVImage* a, __QVImage* b) {
 }
 
 /// Bytes worked on at a time where src and dst are one row: they stay in the first cache.
-inline constexpr size_t kStripBytes = 8192;
+inline constexpr size_t kChunkBytes = 8192;
 
-/// Whether strips can hold a pixel, which a core library of the host's own might not promise.
-inline bool FitsStrip(__QVImage* image) {
+/// Whether chunks can hold a pixel, which a core library of the host's own might not promise.
+inline bool FitsChunk(__QVImage* image) {
   return QVImageGetColBytes(image) > 0 &&
-         QVImageGetColBytes(image) <= static_cast<int>(kStripBytes);
+         QVImageGetColBytes(image) <= static_cast<int>(kChunkBytes);
 }
 
 /// Takes the pixels of a row from `from` to `to` by row(in, out, pixels, layout). Where the two
-/// overlap, `row` works into a strip, so that its pointers never do.
+/// overlap, `row` works into a chunk, so that its pointers never do.
 template <class T, class Layout, class Row>
 void MapRow(const T* from, T* to, int pixels, Layout layout, Row& row) {
   const auto begin = reinterpret_cast<uintptr_t>(from), other = reinterpret_cast<uintptr_t>(to);
   const size_t bytes = static_cast<size_t>(pixels) * layout.planes * sizeof(T);
   if (begin + bytes <= other || other + bytes <= begin) return row(from, to, pixels, layout);
 
-  alignas(64) T strip[kStripBytes / sizeof(T)];
-  const int most = static_cast<int>(kStripBytes / sizeof(T)) / layout.planes;  // at least 1
+  alignas(64) T chunk[kChunkBytes / sizeof(T)];
+  const int most = static_cast<int>(kChunkBytes / sizeof(T)) / layout.planes;  // at least 1
   for (int left = pixels; left > 0; left -= most) {
     const int count = std::min(left, most);
     const size_t samples = static_cast<size_t>(count) * layout.planes;
-    row(from, strip, count, layout);
-    std::memcpy(to, strip, samples * sizeof(T));
+    row(from, chunk, count, layout);
+    std::memcpy(to, chunk, samples * sizeof(T));
     from += samples;
     to += samples;
   }
@@ -127,7 +127,7 @@ int MapPixels(Where where, __QVImage* src, __QVImage* dst, QVRect rect, Row row)
   if (!src || !dst) return kQVStatusBadArgument;
   return Guard(where, kQVStatusUnknown, [&] {
     return DispatchDepth(QVImageGetDepth(src), [&]<class T>() -> int {
-      if (!HaveSamePixels(src, dst) || !FitsStrip(dst)) return kQVStatusUnsupported;
+      if (!HaveSamePixels(src, dst) || !FitsChunk(dst)) return kQVStatusUnsupported;
       return MapRows<T>(where, src, dst, MakeVRect(rect), row);
     });
   });

@@ -1,18 +1,150 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "QVEffectsUtils.h"
 
-#include "Failure.h"
-#include "QVImageAccess.h"
+#include "ColorMath.h"
+#include "EffectFrame.h"
 #include "RowCopier.h"
 
 namespace {
 
 constexpr const char* kSource = "Source/Common/Utils/QVEffectsUtils";
 
+// ---- Copies
+
 void CopyRows(const unsigned char* from, int fromStride, unsigned char* to, int toStride, int rows,
               size_t bytes, qv::RowCopier& copier) {
   for (int row = 0; row < rows; row++, from += fromStride, to += toStride) {
     copier.Copy(to, from, bytes);
+  }
+}
+
+// ---- Gray of a pixel
+
+// What a sum of three samples, or their luma, is multiplied with: by the source's depth (8, 16,
+// 32), then that of the gray image.
+constexpr float kMeanScale[3][3] = {{0.33333334f, 85.666664f, 0.0013071896f},
+                                    {0.0012970169f, 0.33333334f, 5.0863405e-06f},
+                                    {85.0f, 21845.0f, 0.33333334f}};
+constexpr float kLumaScale[3][3] = {
+    {1.0f, 257.0f, 0.003921569f}, {0.0038910506f, 1.0f, 1.5259022e-05f}, {255.0f, 65535.0f, 1.0f}};
+
+template <class T>
+constexpr int kDepthIndex = sizeof(T) == 1 ? 0 : (sizeof(T) == 2 ? 1 : 2);
+
+struct ByLuma {
+  template <class From, class To>
+  static constexpr float kScale = kLumaScale[kDepthIndex<From>][kDepthIndex<To>];
+
+  template <class T>
+  static float Of(T r, T g, T b) {
+    return qv::Luma(static_cast<float>(r), static_cast<float>(g), static_cast<float>(b));
+  }
+};
+
+struct ByMean {
+  template <class From, class To>
+  static constexpr float kScale = kMeanScale[kDepthIndex<From>][kDepthIndex<To>];
+
+  template <class T>
+  static float Of(T r, T g, T b) {
+    return static_cast<float>(r + g + b);
+  }
+};
+
+template <class Method, class From, class To>
+To GrayOf(From r, From g, From b) {
+  const float gray = Method::Of(r, g, b) * Method::template kScale<From, To>;
+  if constexpr (std::is_floating_point_v<To>) {
+    return gray;
+  } else if constexpr (std::is_floating_point_v<From>) {
+    return qv::Truncate<To>(gray + 0.5f);
+  } else {
+    // Nothing is brighter than white, which comes out as full scale: there is nothing to hold.
+    const float rounded = gray + 0.5f;
+    return static_cast<To>(static_cast<int>(rounded));
+  }
+}
+
+// ---- Rows
+
+template <class Method, class From, class To, class Layout>
+void GrayRow(const From* __restrict in, To* __restrict out, int pixels, Layout layout) {
+  for (int i = 0; i < pixels; i++, in += layout.planes) {
+    out[i] = GrayOf<Method, From, To>(in[0], in[1], in[2]);
+  }
+}
+
+// Without __restrict: nothing keeps a caller from passing images that share memory.
+template <class T, class Layout>
+void LuminosityRow(const T* in, const T* luminosity, T* out, int pixels, Layout layout) {
+  for (int i = 0; i < pixels; i++, in += layout.planes, out += layout.planes) {
+    const qv::Color3 rgb = {qv::ToUnit(in[0]), qv::ToUnit(in[1]), qv::ToUnit(in[2])};
+    const qv::Color3 ycc = qv::RgbToYcc(rgb);
+    const qv::Color3 lit = qv::YccToRgb({qv::ToUnit(luminosity[i]), ycc.y, ycc.z});
+    out[0] = qv::FromUnit<T>(lit.x);
+    out[1] = qv::FromUnit<T>(lit.y);
+    out[2] = qv::FromUnit<T>(lit.z);
+    for (int c = 3; c < layout.planes; c++) out[c] = in[c];
+  }
+}
+
+// ---- Images
+
+template <class Method, class From, class To>
+void MakeGray(__QVImage* source, __QVImage* gray) {
+  QVImageAccess from(source, nullptr), to(gray, nullptr);
+  const VRect rect = to.bounds;
+  const int width = rect.right - rect.left;
+  if (width == 0) return;
+  qv::DispatchRGBLayout(QVImageGetNumPlanes(source), QVImageGetTransparency(source),
+                        [&](auto layout) {
+    for (int y = rect.top; y < rect.bottom; y++) {
+      const void* in = qv::Required(from.ReadRow(y, rect.left, width), kSource);
+      void* out = qv::Required(to.WriteRow(y, rect.left, width), kSource);
+      GrayRow<Method>(static_cast<const From*>(in), static_cast<To*>(out), width, layout);
+    }
+  });
+}
+
+template <class T>
+void PutLuminosity(__QVImage* source, __QVImage* destination, __QVImage* luminosity, VRect rect) {
+  QVImageAccess from(source, nullptr), to(destination, nullptr), light(luminosity, nullptr);
+  rect = rect.Intersect(to.bounds);
+  const int width = rect.right - rect.left;
+  if (width == 0) return;
+  qv::DispatchRGBLayout(QVImageGetNumPlanes(destination), QVImageGetTransparency(destination),
+                        [&](auto layout) {
+    for (int y = rect.top; y < rect.bottom; y++) {
+      const void* in = qv::Required(from.ReadRow(y, rect.left, width), kSource);
+      void* out = qv::Required(to.WriteRow(y, rect.left, width), kSource);
+      auto* lit = static_cast<const T*>(qv::Required(light.ReadRow(y, rect.left, width), kSource));
+      const auto row = [&lit](const T* pixels, T* result, int count, auto fixed) {
+        LuminosityRow(pixels, lit, result, count, fixed);
+        lit += count;
+      };
+      qv::MapRow(static_cast<const T*>(in), static_cast<T*>(out), width, layout, row);
+    }
+  });
+}
+
+bool HasRGB(__QVImage* image) {
+  return QVImageGetNumPlanes(image) - QVImageGetTransparency(image) >= 3;
+}
+
+// A size that no image has where the edges are further apart than an int holds.
+int Extent(int start, int end) {
+  const int64_t size = int64_t{end} - start;
+  return size == VRect::Held(size) ? static_cast<int>(size) : -1;
+}
+
+// Bits a sample of the gray image; 0 for a format that isn't supported.
+int GrayDepth(int format, int sourceDepth) {
+  switch (format) {
+    case kGrayAsSource: return sourceDepth;
+    case kGray8: return 8;
+    case kGray16: return 16;
+    case kGray32: return 32;
+    default: return 0;
   }
 }
 
@@ -47,5 +179,47 @@ int CopyImage(__QVImage* src, __QVImage* dst, VRect rect, QVPoint offset) {
     CopyRows(static_cast<const unsigned char*>(from), fromStride, static_cast<unsigned char*>(out),
              toStride, rows, bytes, copier);
     return kQVStatusSuccess;
+  });
+}
+
+int CreateGrayScaleImage(__QVImage* source, __QVImage*& result, VRect rect, int format,
+                         int method) {
+  result = nullptr;
+  if (!source || (method != kGrayLuma && method != kGrayMean)) return kQVStatusBadArgument;
+  if (QVImageGetColorSpaceType(source) != kQVColorSpaceRGB || !HasRGB(source)) {
+    return kQVStatusUnsupported;
+  }
+  return qv::Guard(kSource, kQVStatusUnknown, [&] {
+    const int sourceDepth = QVImageGetPlaneBytes(source) * 8;
+    return qv::DispatchDepth(sourceDepth, [&]<class From>() {
+      const int depth = GrayDepth(format, sourceDepth);
+      return qv::DispatchDepth(depth, [&]<class To>() -> int {
+        const QVRect bounds = QVRectMake(rect.left, rect.top, Extent(rect.left, rect.right),
+                                         Extent(rect.top, rect.bottom));
+        qv::ImageRef gray;
+        qv::Check(
+            QVImageCreateWithParams2(bounds, depth, 1, kQVColorSpaceGray, 0, 1, gray.Receive()),
+            kSource);
+        method == kGrayMean ? MakeGray<ByMean, From, To>(source, gray)
+                            : MakeGray<ByLuma, From, To>(source, gray);
+        result = gray.Detach();
+        return kQVStatusSuccess;
+      });
+    });
+  });
+}
+
+int ApplyLuminosity(__QVImage* source, __QVImage* destination, __QVImage* luminosity, VRect rect) {
+  if (!source || !destination || !luminosity) return kQVStatusBadArgument;
+  return qv::Guard(kSource, kQVStatusUnknown, [&] {
+    return qv::DispatchDepth(QVImageGetPlaneBytes(source) * 8, [&]<class T>() -> int {
+      if (!qv::HaveSamePixels(source, destination) || !qv::FitsChunk(destination) ||
+          !HasRGB(destination) || QVImageGetDepth(luminosity) != QVImageGetDepth(source) ||
+          QVImageGetNumPlanes(luminosity) != 1) {
+        return kQVStatusUnsupported;
+      }
+      PutLuminosity<T>(source, destination, luminosity, rect);
+      return kQVStatusSuccess;
+    });
   });
 }

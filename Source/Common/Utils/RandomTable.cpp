@@ -4,8 +4,8 @@
 
 namespace {
 
-/// The low bits of SplitMix64, which takes the numbers from 0 up to 64 well mixed bits each. The
-/// first entries are fixed.
+/// The low bits of SplitMix64, which turns each index into 64 well-mixed bits. The first entries
+/// are fixed.
 consteval unsigned short Entry(uint64_t i) {
   constexpr unsigned short kFirst[] = {56880, 6955, 5945, 27744, 21540, 5224, 53899, 41390};
   if (i < 8) return kFirst[i];

@@ -24,7 +24,7 @@ struct Strip {
   const float* operator[](int plane) const { return planes[plane]; }
 };
 
-/// Stages run over whole vectors: past `pixels` they compute what nobody stores.
+/// Stages may run over whole vectors: past `pixels` they compute what nobody stores.
 inline int WholeVectors(int pixels) { return (pixels + 15) / 16 * 16; }
 
 /// Whether strips can hold the image's pixels. True of null, which has none.
