@@ -72,6 +72,8 @@ std::vector<Job> PairedJobs() {
 std::vector<Job> Jobs() {
   std::vector<Job> jobs = PairedJobs();
   for (const catalog::Effect& effect : catalog::Effects()) {
+    // Images here are RGB throughout.
+    if (effect.colors != 0) continue;
     if (std::ranges::find(jobs, effect.name, &Job::effect) == jobs.end()) {
       jobs.push_back({std::string(effect.name), std::string(effect.name), GoodValues(effect)});
     }

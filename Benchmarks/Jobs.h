@@ -20,7 +20,7 @@ struct Job {
   int (*run)(__QVImage* src) = nullptr;   // instead of an effect
 };
 
-/// The jobs with a peer, then every other effect of the catalog at its good values.
+/// The jobs with a peer, then every other effect of the catalog from RGB to RGB at its good values.
 std::vector<Job> Jobs();
 
 }  // namespace bench

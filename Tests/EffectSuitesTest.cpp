@@ -47,26 +47,26 @@ TEST_P(EffectSuite, Confinement) {
     for (const QVRect& rect : kRects) {
       SCOPED_TRACE(testing::Message() << run << " at " << rect.x << ", " << rect.y);
       TestImage src(kBounds, run.form, Residency::kMemory, 1);
-      TestImage dst(kBounds, run.form, Residency::kMemory, 2);
+      TestImage dst(kBounds, run.DstForm(), Residency::kMemory, 2);
       const auto srcBefore = src.Bytes();
       auto dstBefore = dst.Bytes();
       ASSERT_EQ(run(src, dst, rect), kQVStatusSuccess);
       EXPECT_EQ(src.Bytes(), srcBefore);
 
-      const int colors = run.form.planes - run.form.transparency;
+      const Form form = run.DstForm();
+      const bool keeps = form.transparency && Effect().transparency == catalog::Transparency::Kept;
       for (int y = kBounds.y; y < kBounds.y + kBounds.height; y++) {
         for (int x = kBounds.x; x < kBounds.x + kBounds.width; x++) {
           if (!IsIn(x, y, rect)) continue;
-          if (run.form.transparency && Effect().transparency == catalog::Transparency::Kept) {
-            const int skip = colors * run.form.PlaneBytes();
-            ASSERT_EQ(std::memcmp(dst.Address(x, y) + skip, src.Address(x, y) + skip,
-                                  run.form.PlaneBytes()),
-                      0)
-                << x << ", " << y;
+          if (keeps) {
+            const auto transparency = [x, y](const TestImage& image) {
+              return image.Value(x, y, image.GetForm().planes - 1);
+            };
+            ASSERT_EQ(transparency(dst), transparency(src)) << x << ", " << y;
           }
           // What may change is taken out of the comparison of the whole buffer below.
           std::memcpy(dstBefore.data() + (dst.Address(x, y) - dst.Bytes().data()),
-                      dst.Address(x, y), run.form.ColBytes());
+                      dst.Address(x, y), form.ColBytes());
         }
       }
       EXPECT_EQ(dst.Bytes(), dstBefore);
@@ -80,12 +80,12 @@ TEST_P(EffectSuite, Residency) {
     for (const QVRect& rect : kRects) {
       SCOPED_TRACE(testing::Message() << run << " at " << rect.x << ", " << rect.y);
       TestImage src(kBounds, run.form, Residency::kMemory, 1);
-      TestImage expected(kBounds, run.form, Residency::kMemory, 1);
+      TestImage expected(kBounds, run.DstForm(), Residency::kMemory, 1);
       ASSERT_EQ(run(src, expected, rect), kQVStatusSuccess);
       for (const auto srcAt : {Residency::kMemory, Residency::kCallbacks}) {
         TestImage from(kBounds, run.form, srcAt, 1);
         for (const auto dstAt : {Residency::kMemory, Residency::kCallbacks}) {
-          TestImage to(kBounds, run.form, dstAt, 1);
+          TestImage to(kBounds, run.DstForm(), dstAt, 1);
           ASSERT_EQ(run(from, to, rect), kQVStatusSuccess);
           EXPECT_EQ(to.Bytes(), expected.Bytes()) << srcAt << " to " << dstAt;
           EXPECT_EQ(from.BadCalls() + to.BadCalls(), 0);
@@ -107,15 +107,15 @@ TEST_P(EffectSuite, Parts) {
     SCOPED_TRACE(testing::Message() << run);
     const auto inside = [](int x, int y) { return IsIn(x, y, kInside); };
     TestImage src(kBounds, run.form, Residency::kMemory, 1);
-    TestImage whole(kBounds, run.form, Residency::kMemory, 2);
-    TestImage part(kBounds, run.form, Residency::kMemory, 3);
+    TestImage whole(kBounds, run.DstForm(), Residency::kMemory, 2);
+    TestImage part(kBounds, run.DstForm(), Residency::kMemory, 3);
     ASSERT_EQ(run(src, whole, kBounds), kQVStatusSuccess);
     ASSERT_EQ(run(src, part, kInside), kQVStatusSuccess);
     EXPECT_EQ(Pixels(part, inside), Pixels(whole, inside));
 
     const QVRect margin = Outset(run, kInside);
     TestImage tile(margin, run.form, Residency::kMemory, 4);
-    TestImage result(margin, run.form, Residency::kMemory, 5);
+    TestImage result(margin, run.DstForm(), Residency::kMemory, 5);
     ASSERT_EQ(QVImageRead2(src, margin, 0, -1, tile.Address(margin.x, margin.y), tile.Stride(), 0),
               kQVStatusSuccess);
     ASSERT_EQ(run(tile, result, kInside), kQVStatusSuccess);
@@ -146,7 +146,7 @@ TEST_P(EffectSuite, HostileRectangles) {
     for (const auto residency : {Residency::kMemory, Residency::kCallbacks}) {
       for (const QVRect& rect : kHostile) {
         TestImage src({0, 0, 5, 4}, run.form, residency, 1);
-        TestImage dst({0, 0, 5, 4}, run.form, residency, 2);
+        TestImage dst({0, 0, 5, 4}, run.DstForm(), residency, 2);
         const int status = run(src, dst, rect);
         EXPECT_TRUE(IsKnown(status)) << run << ": " << status;
       }
@@ -184,7 +184,7 @@ TEST_P(EffectSuite, HostileSamples) {
   for (const EffectRun& run : test::RunsOf(Effect())) {
     if (run.form.depth != 32) continue;
     TestImage src(kBounds, run.form, Residency::kMemory, 1);
-    TestImage dst(kBounds, run.form, Residency::kMemory, 2);
+    TestImage dst(kBounds, run.DstForm(), Residency::kMemory, 2);
     int next = 0;
     for (int y = 8; y < 18; y++) {
       for (int x = 0; x < 30; x++) {

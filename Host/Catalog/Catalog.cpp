@@ -53,6 +53,15 @@ int Blend(__QVImage* src, __QVImage* dst, QVRect rect, __QVImage* with, QVBlendM
                                                    rect);
 }
 
+int ToGray(__QVImage* src, __QVImage* dst, QVRect rect, bool flatten) {
+  return QVEffectsConvertImageMode(src, dst, rect,
+                                   flatten ? kQVColorModeRGBToGrayFlat : kQVColorModeRGBToGray);
+}
+
+int ToRGB(__QVImage* src, __QVImage* dst, QVRect rect) {
+  return QVEffectsConvertImageMode(src, dst, rect, kQVColorModeGrayToRGB);
+}
+
 const std::vector<Effect>& Table() {
   static const std::vector<Effect> table = {
       {"blend",
@@ -78,6 +87,7 @@ const std::vector<Effect>& Table() {
                  "from what to what")},
        kNeedsRGB,
        Transparency::Kept,
+       0,
        kQVStatusUnknown},
       {"copy", FUNCTION(QVEffectsCopyImage), "Copies the rectangle as it is.", InPlace::Yes,
        Pixelwise},
@@ -91,6 +101,28 @@ const std::vector<Effect>& Table() {
        Transparency::Set},
       {"invert", FUNCTION(QVEffectsInvert), "Turns every colour into its complement.", InPlace::Yes,
        Pixelwise},
+      {"to-gray",
+       "QVEffectsConvertImageMode",
+       Bind(ToGray),
+       "Turns an RGB picture into a gray one by its luma.",
+       InPlace::No,
+       Pixelwise,
+       {{"flatten", Kind::Flag, "", 0, 1, 0.0, 0.0, "over white where the picture is transparent"}},
+       kNeedsRGB,
+       Transparency::Kept,
+       1,
+       kQVStatusUnknown},
+      {"to-rgb",
+       "QVEffectsConvertImageMode",
+       Bind(ToRGB),
+       "Turns a gray picture into an RGB one that looks the same.",
+       InPlace::No,
+       Pixelwise,
+       {},
+       kNeedsGray,
+       Transparency::Kept,
+       3,
+       kQVStatusUnknown},
   };
   return table;
 }

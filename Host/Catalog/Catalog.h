@@ -46,7 +46,7 @@ struct Parameter {
 };
 
 /// What an effect asks of its images.
-enum Needs : unsigned { kNeedsNothing = 0, kNeedsRGB = 1 };
+enum Needs : unsigned { kNeedsNothing = 0, kNeedsRGB = 1, kNeedsGray = 2 };
 
 /// Whether src and dst may be the same image.
 enum class InPlace { No, Yes };
@@ -77,6 +77,7 @@ struct Effect {
   std::vector<Parameter> parameters = {};
   unsigned needs = kNeedsNothing;
   Transparency transparency = Transparency::Kept;
+  int colors = 0;  // colour samples of dst, where they may differ in number from those of src
   int missingRow = kQVStatusBadArgument;  // the status when a row can't be had
 };
 

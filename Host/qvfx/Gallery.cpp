@@ -69,6 +69,10 @@ void RunOnAll(const catalog::Effect& effect, std::vector<Picture>& photos, const
   for (std::size_t i = 0; i < photos.size(); ++i) {
     Picture picture = CopyOf(photos[i]);
     const ImagePtr photo = ViewOf(photos[i]);
+    if (effect.needs & catalog::kNeedsGray) {
+      const catalog::Effect& toGray = EffectNamed("to-gray");
+      RunEffect({&toGray, catalog::GoodValues(toGray)}, picture, picture.Bounds(), options.console);
+    }
     const Step step = {&effect, ValuesFor(effect, photo.get())};
     RunEffect(step, picture, picture.Bounds(), options.console);
     sheet.Place(cell, i, picture);

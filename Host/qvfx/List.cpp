@@ -32,7 +32,7 @@ struct NeedName {
   unsigned need;
   const char* name;
 };
-constexpr NeedName kNeedNames[] = {{catalog::kNeedsRGB, "rgb"}};
+constexpr NeedName kNeedNames[] = {{catalog::kNeedsRGB, "rgb"}, {catalog::kNeedsGray, "gray"}};
 
 Json ToJson(const Parameter& parameter, const catalog::Value& value) {
   if (IsImage(parameter.kind)) return nullptr;
@@ -135,6 +135,7 @@ void Help(const Words& words) {
   const Effect& effect = EffectNamed(name);
   std::cout << effect.name << ": " << effect.summary << '\n';
   if (effect.needs & catalog::kNeedsRGB) std::cout << "Works on RGB pictures only.\n";
+  if (effect.needs & catalog::kNeedsGray) std::cout << "Works on gray pictures only.\n";
   PrintParameters(effect);
 }
 

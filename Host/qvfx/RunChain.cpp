@@ -43,6 +43,9 @@ void CheckNeeds(const catalog::Effect& effect, const Picture& picture) {
     throw Failure(Exit::Effect,
                   std::string(effect.name) + ": works on RGB pictures only, not gray");
   }
+  if ((effect.needs & catalog::kNeedsGray) && picture.channels >= 3) {
+    throw Failure(Exit::Effect, std::string(effect.name) + ": works on gray pictures only");
+  }
 }
 
 void CheckStatus(const catalog::Effect& effect, int status, const std::string& place) {
@@ -58,6 +61,17 @@ int Call(const Step& step, Picture& src, Picture& dst, QVRect rect) {
   if (!dstView || (&src != &dst && !srcView)) return kQVStatusOutOfMemory;
   return step.effect->run(
       {srcView ? srcView.get() : dstView.get(), dstView.get(), rect, step.values});
+}
+
+// What an effect writes to: at first a copy, or undefined samples where their number changes.
+Picture ResultFor(const catalog::Effect& effect, const Picture& picture, QVRect rect) {
+  if (effect.colors == 0) return CopyOf(picture);
+  if (rect.width != picture.width || rect.height != picture.height) {
+    throw Failure(Exit::Usage, std::string(effect.name) +
+                                   ": changes the whole picture, --rect doesn't go with it");
+  }
+  const int channels = effect.colors + picture.HasTransparency();
+  return MakePicture(picture.width, picture.height, channels, picture.depth);
 }
 
 // A layer of the picture's depth and colours. With transparency it ends where it ends, instead of
@@ -97,8 +111,9 @@ void RunEffect(const Step& step, Picture& picture, QVRect rect, const Console& c
     if (step.effect->inPlace == catalog::InPlace::Yes) {
       status = Call(step, picture, picture, rect);
     } else {
-      Picture result = CopyOf(picture);
+      Picture result = ResultFor(*step.effect, picture, rect);
       status = Call(step, picture, result, rect);
+      picture.channels = result.channels;
       picture.samples = std::move(result.samples);
     }
     CheckStatus(*step.effect, status, console.verbose ? log.Last() : "");

@@ -82,7 +82,7 @@ TEST_F(ChainTest, Choices) {
   EXPECT_EQ(ReadStored(At("out.png")).samples, (std::vector<float>{0, 0, 201, 9}));
 }
 
-// Gray pictures are for those effects only that don't ask for RGB.
+// Effects that ask for RGB or for gray refuse the other.
 TEST_F(ChainTest, EveryEffectOnGrayAndRGB) {
   WriteIn("gray.png", 2);
   WriteIn("rgb.png", 4);
@@ -94,12 +94,14 @@ TEST_F(ChainTest, EveryEffectOnGrayAndRGB) {
         layers.append(" ").append(parameter.name).append("=gray.png");
       }
     }
-    const QvfxResult gray = Qvfx("gray.png -o gray-" + name + ".png " + name + layers);
-    const bool refused = effect.needs & catalog::kNeedsRGB;
-    EXPECT_EQ(gray.code, refused ? 5 : 0) << name << gray.error;
-    EXPECT_EQ(gray.error.find(name + ": ") != std::string::npos, refused) << name;
-    EXPECT_EQ(std::filesystem::exists(At("gray-" + name + ".png")), !refused) << name;
-    QvfxDone("rgb.png -o rgb-" + name + ".png " + name + layers);
+    for (const bool isGray : {true, false}) {
+      const std::string kind = isGray ? "gray" : "rgb", out = kind + "-" + name + ".png";
+      const QvfxResult result = Qvfx(kind + ".png -o " + out + " " + name + layers);
+      const bool refused = effect.needs & (isGray ? catalog::kNeedsRGB : catalog::kNeedsGray);
+      EXPECT_EQ(result.code, refused ? 5 : 0) << out << result.error;
+      EXPECT_EQ(result.error.find(name + ": ") != std::string::npos, refused) << out;
+      EXPECT_EQ(std::filesystem::exists(At(out)), !refused) << out;
+    }
   }
 }
 
@@ -125,6 +127,15 @@ TEST_F(ChainTest, PicturesBeside) {
   EXPECT_EQ(Qvfx("in.png -o no.png blend").code, 2);
   EXPECT_EQ(Qvfx("in.png -o no.png blend with=missing.png").code, 3);
   EXPECT_FALSE(std::filesystem::exists(At("no.png")));
+}
+
+TEST_F(ChainTest, GrayAndBack) {
+  WriteIn("in.tif", 4);
+  QvfxDone("in.tif -o gray.tif to-gray");
+  EXPECT_THAT(Pixel("gray.tif", 1, 0), testing::ElementsAre(34, 49));  // luma of 28, 35, 42
+  QvfxDone("gray.tif -o rgb.tif to-rgb : invert");
+  EXPECT_THAT(Pixel("rgb.tif", 1, 0), testing::ElementsAre(221, 221, 221, 49));
+  EXPECT_EQ(Qvfx("in.tif -o no.tif --rect 0,0,2,2 to-gray").code, 2);
 }
 
 TEST_F(ChainTest, OutputFile) {

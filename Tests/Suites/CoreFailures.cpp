@@ -97,7 +97,7 @@ TEST_P(CoreFailures, ComeBackAsStatus) {
     for (const Operation operation : {Operation::kCreate, Operation::kRead, Operation::kWrite}) {
       for (int n = 1;; n++) {
         TestImage src(kBounds, run.form, Residency::kCallbacks, 1);
-        TestImage dst(kBounds, run.form, Residency::kCallbacks, 2);
+        TestImage dst(kBounds, run.DstForm(), Residency::kCallbacks, 2);
         sPlan = {operation, n};
         sEvents = 0;
         const int status = run(src, dst, kRect);

@@ -39,7 +39,7 @@ int main(int argc, char** argv) {
   for (const catalog::Effect& effect : catalog::Effects()) {
     for (const test::EffectRun& run : test::RunsOf(effect)) {
       test::TestImage src(kBounds, run.form, test::Residency::kMemory, 1);
-      test::TestImage dst(kBounds, run.form, test::Residency::kMemory, 2);
+      test::TestImage dst(kBounds, run.DstForm(), test::Residency::kMemory, 2);
       const int status = run(src, dst, kBounds);
       if (status != kQVStatusSuccess) failures++;
       std::cout << run << ": " << status << ' ' << std::hex << Hash(dst.Bytes()) << std::dec

@@ -53,7 +53,8 @@ void AddImages(EffectRun& run, size_t number) {
 }
 
 bool Takes(const catalog::Effect& effect, const Form& form) {
-  return !(effect.needs & catalog::kNeedsRGB) || form.ColorSpace() == kQVColorSpaceRGB;
+  const bool isRGB = form.ColorSpace() == kQVColorSpaceRGB;
+  return !(effect.needs & (isRGB ? catalog::kNeedsGray : catalog::kNeedsRGB));
 }
 
 }  // namespace

@@ -19,6 +19,12 @@ struct EffectRun {
   Form form;
   std::vector<std::shared_ptr<TestImage>> beside = {};  // the images among the values
 
+  /// What dst is like.
+  Form DstForm() const {
+    const int colors = effect->colors ? effect->colors : form.planes - form.transparency;
+    return {form.depth, colors + form.transparency, form.transparency};
+  }
+
   int operator()(__QVImage* src, __QVImage* dst, QVRect rect) const {
     return effect->run({src, dst, rect, values});
   }
