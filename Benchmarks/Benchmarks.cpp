@@ -136,6 +136,7 @@ int main(int argc, char** argv) {
     Register(std::string(bench::kMemcpy) + "/" + form.name, TimeCopy, std::cref(form));
     for (const Job& job : jobs) {
       peerNames[job.name] = job.peerName;
+      if (job.takes && !job.takes(form.type)) continue;
       Register(Name(bench::kOurs, job.name, form), TimeOurs, std::cref(form), std::cref(job));
       if (job.peer && (!job.peerTakes || job.peerTakes(form.type))) {
         Register(Name(bench::kPeer, job.name, form), TimePeer, std::cref(form), std::cref(job));

@@ -2,6 +2,7 @@
 #include "Jobs.h"
 
 #include <QVEffects/QVEffectsBlend.h>
+#include <QVEffects/QVEffectsColor.h>
 
 #include <algorithm>
 #include <opencv2/imgproc.hpp>
@@ -38,8 +39,35 @@ int CreateGray(__QVImage* src) {
 
 void ToHsv(const cv::Mat& src, cv::Mat& dst) { cv::cvtColor(src, dst, cv::COLOR_RGB2HSV_FULL); }
 
+void FromHsv(const cv::Mat& src, cv::Mat& dst) { cv::cvtColor(src, dst, cv::COLOR_HSV2RGB_FULL); }
+
 // Of four channels it would drop one.
 bool TakesHsv(int type) { return type == CV_8UC3 || type == CV_32FC3; }
+
+// Colour by colour, as a host would call it.
+int LabAndBack(__QVImage* src) {
+  const auto* row = static_cast<const std::byte*>(QVImageLockBuffer(src));
+  float sum = 0;
+  for (int y = 0; y < QVImageGetHeight(src); y++, row += QVImageGetRowBytes(src)) {
+    const auto* rgb = reinterpret_cast<const float*>(row);
+    for (int x = 0; x < QVImageGetWidth(src); x++, rgb += 3) {
+      float lab[3], back[3];
+      RGB2Lab(rgb, lab);
+      Lab2RGB(lab, back);
+      sum += back[0];
+    }
+  }
+  QVImageUnlockBuffer(src);
+  return sum > 0 ? kQVStatusSuccess : kQVStatusUnknown;
+}
+
+void ToLabAndBack(const cv::Mat& src, cv::Mat& dst) {
+  static cv::Mat lab;
+  cv::cvtColor(src, lab, cv::COLOR_RGB2Lab);
+  cv::cvtColor(lab, dst, cv::COLOR_Lab2RGB);
+}
+
+bool IsFloatRGB(int type) { return type == CV_32FC3; }
 
 // The peer's nearest to "normal": it takes the layer's opacity for the whole image.
 void AddWeighted(const cv::Mat& src, cv::Mat& dst) { cv::addWeighted(src, 0.5, dst, 0.5, 0, dst); }
@@ -60,9 +88,18 @@ std::vector<Job> PairedJobs() {
       BlendJob("blend_soft-light", kQVBlendModeSoftLight),
       BlendJob("blend_luminosity", kQVBlendModeLuminosity),
       {"convert-mode", "convert-mode", {0.0}, "opencv/cvtColor_HSV", ToHsv, TakesHsv},
+      {"convert-mode_back", "convert-mode", {1.0}, "opencv/cvtColor_RGB", FromHsv, TakesHsv},
       {"copy", "copy", {}, "opencv/copyTo", Copy},
       {"fill", "fill-color", {kFill}, "opencv/setTo", Fill},
       {"gray-image", "", {}, "opencv/cvtColor_GRAY", ToGray, nullptr, CreateGray},
+      {"lab_and_back",
+       "",
+       {},
+       "opencv/cvtColor_Lab",
+       ToLabAndBack,
+       nullptr,
+       LabAndBack,
+       IsFloatRGB},
       {"invert", "invert", {}, "opencv/bitwise_not", Invert},
   };
 }

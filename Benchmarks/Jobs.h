@@ -18,6 +18,7 @@ struct Job {
   void (*peer)(const cv::Mat& src, cv::Mat& dst) = nullptr;  // the same work, single-threaded
   bool (*peerTakes)(int type) = nullptr;  // whether images of OpenCV's type; null: all of them
   int (*run)(__QVImage* src) = nullptr;   // instead of an effect
+  bool (*takes)(int type) = nullptr;      // whether ours takes images of OpenCV's type
 };
 
 /// The jobs with a peer, then every other effect of the catalog from RGB to RGB at its good values.

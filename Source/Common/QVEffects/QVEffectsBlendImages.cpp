@@ -2,6 +2,8 @@
 // Image blending: two layers, each with its opacity, mask and transparency, by any mode.
 #include <QVEffects/QVEffectsBlend.h>
 
+#include <array>
+
 #include "Utils/BlendModes.h"
 
 namespace {
@@ -129,6 +131,12 @@ struct Layer {
   }
 };
 
+alignas(64) constexpr auto kOnes = [] {
+  std::array<float, kStripPixels> ones = {};
+  ones.fill(1.0f);
+  return ones;
+}();
+
 // What a call works with; images are opened in the order in which rows are asked for.
 struct Blending {
   Layer a, b;
@@ -143,11 +151,8 @@ struct Blending {
 
 // The factors of a mask from pixel x of the row at hand; 1 where it has none.
 const float* LoadMask(Mask& mask, int64_t x, int pixels) {
+  if (!mask.row) return kOnes.data();
   float* factor = mask.strip[0];
-  if (!mask.row) {
-    std::fill_n(factor, kStripPixels, 1.0f);
-    return factor;
-  }
   mask.load(mask.row + x * mask.image.colBytes, mask.planes, pixels, mask.strip);
   for (int i = 0; i < pixels; i++) factor[i] = factor[i] * mask.sign + mask.offset;
   return factor;
