@@ -21,7 +21,13 @@ struct Job {
   bool (*takes)(int type) = nullptr;      // whether ours takes images of OpenCV's type
 };
 
-/// The jobs with a peer, then every other effect of the catalog from RGB to RGB at its good values.
+/// The jobs of a family that are paired with a peer, or timed with other values than the good ones.
+std::vector<Job> BasicJobs();
+std::vector<Job> BlendingJobs();
+std::vector<Job> ColorJobs();
+
+/// The jobs of the families, then every other effect of the catalog from RGB to RGB at its good
+/// values.
 std::vector<Job> Jobs();
 
 }  // namespace bench

@@ -63,10 +63,16 @@ auto DispatchRGBLayout(int planes, int transparency, F&& f) {
   }
 }
 
+/// Whether the samples of a pixel lie side by side, and so do pixels. A core library of the host's
+/// own might not promise it.
+inline bool IsPacked(__QVImage* image) {
+  return QVImageGetColBytes(image) == QVImageGetNumPlanes(image) * QVImageGetPlaneBytes(image);
+}
+
 /// Whether pixels of one image can be read and written as those of the other.
 inline bool HaveSamePixels(__QVImage* a, __QVImage* b) {
   return QVImageGetDepth(a) == QVImageGetDepth(b) &&
-         QVImageGetNumPlanes(a) == QVImageGetNumPlanes(b);
+         QVImageGetNumPlanes(a) == QVImageGetNumPlanes(b) && IsPacked(a) && IsPacked(b);
 }
 
 /// Bytes worked on at a time where src and dst are one row: they stay in the first cache.
