@@ -24,6 +24,7 @@ struct Job {
 /// The jobs of a family that are paired with a peer, or timed with other values than the good ones.
 std::vector<Job> BasicJobs();
 std::vector<Job> BlendingJobs();
+std::vector<Job> BlurJobs();
 std::vector<Job> ColorJobs();
 
 /// The jobs of the families, then every other effect of the catalog from RGB to RGB at its good

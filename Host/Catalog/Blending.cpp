@@ -16,6 +16,8 @@ int Blend(__QVImage* src, __QVImage* dst, QVRect rect, __QVImage* with, QVBlendM
 
 }  // namespace
 
+std::span<const Choice> BlendModes() { return kBlendModes; }
+
 Family Blending() {
   return {
       {

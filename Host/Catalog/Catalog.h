@@ -79,6 +79,7 @@ struct Effect {
   Transparency transparency = Transparency::Kept;
   int colors = 0;  // colour samples of dst, where they may differ in number from those of src
   int missingRow = kQVStatusBadArgument;  // the status when a row can't be had
+  int missingRow2 = missingRow;           // the same of an effect that chooses between two
 };
 
 /// All effects, in the order that lists show.

@@ -40,6 +40,9 @@ inline Parameter ChoiceOf(std::string_view name, std::span<const Choice> choices
   return {name, Kind::Choice, "", 0, 0, neutral, good, help, choices};
 }
 
+/// All blend modes.
+std::span<const Choice> BlendModes();
+
 /// The effects of a family, and its exported functions that have no row.
 struct Family {
   std::vector<Effect> effects;
@@ -47,6 +50,7 @@ struct Family {
 };
 
 Family Basics();
+Family Blur();
 Family Blending();
 Family ColorModes();
 

@@ -78,7 +78,7 @@ int sEvents;
 bool IsRight(const catalog::Effect& effect, Operation operation, int status) {
   switch (operation) {
     case Operation::kCreate: return status == kFailure;
-    case Operation::kRead: return status == effect.missingRow;
+    case Operation::kRead: return status == effect.missingRow || status == effect.missingRow2;
     case Operation::kWrite: return status == kQVStatusSuccess;
   }
   return false;

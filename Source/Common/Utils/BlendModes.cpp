@@ -142,6 +142,12 @@ constexpr const Mode* Find(QVBlendMode mode) {
   return std::ranges::find(kModes, mode, &Mode::code);
 }
 
+bool IsOfWholeColor(QVBlendMode mode) {
+  return mode == kQVBlendModeHue || mode == kQVBlendModeSaturation || mode == kQVBlendModeColor ||
+         mode == kQVBlendModeLuminosity || mode == kQVBlendModeLighterColor ||
+         mode == kQVBlendModeDarkerColor;
+}
+
 // Each mode of the list has its row.
 #define QV_HAS_ROW(constant, code, name) \
   static_assert(Find(kQVBlendMode##constant) != std::end(kModes));
@@ -157,6 +163,10 @@ QVBlendMode WithBits(QVBlendMode mode, unsigned cleared, unsigned set) {
 qv::BlendStrip qv::FindBlendStrip(QVBlendMode mode) {
   const Mode* found = Find(mode);
   return found == std::end(kModes) ? nullptr : found->blend;
+}
+
+qv::BlendStrip qv::FindSampleBlendStrip(QVBlendMode mode) {
+  return IsOfWholeColor(mode) ? nullptr : FindBlendStrip(mode);
 }
 
 QVBlendMode QVEffectsGetReverseBlendMode(QVBlendMode mode) {

@@ -15,6 +15,9 @@ using BlendStrip = void (*)(const Strip& a, const Strip& b, Strip& r, int colors
 /// The function of a mode in its forward form; null for an unknown mode, 0 and reverse forms.
 BlendStrip FindBlendStrip(QVBlendMode mode);
 
+/// The same for the modes that work on each sample alone; null for the others, too.
+BlendStrip FindSampleBlendStrip(QVBlendMode mode);
+
 }  // namespace qv
 
 /// Whether bit 29 is clear, as it is in reverse forms and in 0.

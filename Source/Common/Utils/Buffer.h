@@ -4,8 +4,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
+#include <cstdlib>
 #include <limits>
+#include <memory>
 #include <new>
 
 namespace qv {
@@ -15,13 +16,16 @@ template <class T>
 class Buffer {
  public:
   explicit Buffer(int64_t count) {
-    constexpr int64_t kMost = std::numeric_limits<ptrdiff_t>::max() / sizeof(T);
+    constexpr int64_t kMost = std::numeric_limits<ptrdiff_t>::max() / sizeof(T) - kLine;
     if (count < 0 || count > kMost) throw std::bad_alloc();
-    const size_t bytes = static_cast<size_t>(count) * sizeof(T);
-    mSamples = static_cast<T*>(::operator new(bytes, kLine));
-    std::memset(static_cast<void*>(mSamples), 0, bytes);
+    size_t bytes = static_cast<size_t>(count) * sizeof(T) + kLine;
+    // The system gives large blocks cleared, page by page as they are used.
+    mBlock = std::calloc(bytes, 1);
+    if (!mBlock) throw std::bad_alloc();
+    void* start = mBlock;
+    mSamples = static_cast<T*>(std::align(kLine, bytes - kLine, start, bytes));
   }
-  ~Buffer() { ::operator delete(mSamples, kLine); }
+  ~Buffer() { std::free(mBlock); }
   Buffer(const Buffer&) = delete;
   Buffer& operator=(const Buffer&) = delete;
 
@@ -29,7 +33,8 @@ class Buffer {
   const T* Get() const { return mSamples; }
 
  private:
-  static constexpr std::align_val_t kLine{64};
+  static constexpr size_t kLine = 64;
+  void* mBlock;
   T* mSamples;
 };
 

@@ -66,7 +66,8 @@ auto DispatchRGBLayout(int planes, int transparency, F&& f) {
 /// Whether the samples of a pixel lie side by side, and so do pixels. A core library of the host's
 /// own might not promise it.
 inline bool IsPacked(__QVImage* image) {
-  return QVImageGetColBytes(image) == QVImageGetNumPlanes(image) * QVImageGetPlaneBytes(image);
+  const int planes = QVImageGetNumPlanes(image);
+  return planes > 0 && QVImageGetColBytes(image) == planes * QVImageGetPlaneBytes(image);
 }
 
 /// Whether pixels of one image can be read and written as those of the other.

@@ -128,4 +128,25 @@ void StoreSamples(void* row, int planes, int pixels, const Strip& strip) {
       planes, [&](auto layout) { detail::Store(static_cast<T*>(row), pixels, layout, strip); });
 }
 
+/// Gives pixels the transparency of base.
+template <class T, class Layout>
+void KeepTransparency(const T* __restrict base, T* __restrict out, int pixels, Layout layout) {
+  if (layout.transparency == 0) return;
+  using Word = decltype(detail::PixelWord<T>(layout));
+  if constexpr (std::is_void_v<Word>) {
+    for (int64_t i = layout.colors; i < int64_t{pixels} * layout.planes; i += layout.planes) {
+      out[i] = base[i];
+    }
+  } else {
+    constexpr Word kColors = static_cast<Word>(-1) >> (8 * sizeof(T));
+    for (int64_t i = 0; i < int64_t{pixels} * layout.planes; i += layout.planes) {
+      Word from, to;
+      std::memcpy(&from, base + i, sizeof from);
+      std::memcpy(&to, out + i, sizeof to);
+      to = static_cast<Word>((to & kColors) | (from & ~kColors));
+      std::memcpy(out + i, &to, sizeof to);
+    }
+  }
+}
+
 }  // namespace qv

@@ -1,0 +1,389 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <QVEffects/QVEffectsBlur.h>
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <functional>
+
+#include "CaughtLog.h"
+#include "Naive.h"
+#include "Utils/VRect.h"
+
+namespace {
+
+using test::Form;
+using test::Residency;
+using test::TestImage;
+
+constexpr QVRect kBounds = {-3, 5, 17, 11};
+constexpr QVRect kRects[] = {kBounds, {1, 8, 6, 3}, {-7, 3, 12, 9}};
+
+// The weighted sum around a pixel. Integers come out exact.
+using Weight = std::function<double(int dx, int dy)>;
+double WindowSum(const TestImage& image, int x, int y, int plane, VRect box, const Weight& weight) {
+  double sum = 0;
+  for (int dy = box.top; dy <= box.bottom; dy++) {
+    for (int dx = box.left; dx <= box.right; dx++) {
+      const float sample =
+          test::GetSample(test::NearestPixel(image, int64_t{x} + dx, int64_t{y} + dy), plane,
+                          image.GetForm().depth);
+      sum += weight(dx, dy) * sample;
+    }
+  }
+  return sum;
+}
+
+// What the sample of a plane must be.
+using Expected = std::function<float(const TestImage& src, int x, int y, int plane)>;
+
+// Colour is as expected, transparency and everything outside the rectangle as before.
+void ExpectImage(const TestImage& dst, const TestImage& src, QVRect rect, const Expected& expected,
+                 double tolerance) {
+  const Form form = src.GetForm();
+  const QVRect inside = QVRectIntersect(rect, dst.Bounds());
+  for (int y = inside.y; y < inside.y + inside.height; y++) {
+    for (int x = inside.x; x < inside.x + inside.width; x++) {
+      for (int plane = 0; plane < form.planes - form.transparency; plane++) {
+        const float value = expected(src, x, y, plane);
+        const test::Pixel pixel = test::NearestPixel(dst, x, y);
+        const float found = test::GetSample(pixel, plane, form.depth);
+        if (form.depth == 32) {
+          ASSERT_NEAR(found, value, tolerance) << x << ", " << y << ", plane " << plane;
+        } else {
+          test::Pixel stored = {};
+          test::SetSample(stored, plane, form.depth, value);
+          ASSERT_EQ(found, test::GetSample(stored, plane, form.depth))
+              << x << ", " << y << ", plane " << plane;
+        }
+      }
+    }
+  }
+}
+
+Expected BoxOf(VRect box, float amount) {
+  const auto count = static_cast<float>((box.right - box.left + 1) * (box.bottom - box.top + 1));
+  const float scale = (1.0f / count) * amount;
+  return [=](const TestImage& src, int x, int y, int plane) {
+    const auto sum =
+        static_cast<float>(WindowSum(src, x, y, plane, box, [](int, int) { return 1.0; }));
+    const float sample = test::GetSample(test::NearestPixel(src, x, y), plane, src.GetForm().depth);
+    return sample * (1.0f - amount) + sum * scale;
+  };
+}
+
+TEST(BoxBlur, IsTheMeanOfTheWindow) {
+  for (const Form& form : test::kForms) {
+    for (const QVRect& rect : kRects) {
+      for (const int radius : {1, 3, 12}) {
+        for (const float amount : {1.0f, 0.5f}) {
+          SCOPED_TRACE(testing::Message() << form << ", radius " << radius);
+          TestImage src(kBounds, form), dst(kBounds, form, Residency::kMemory, 2);
+          ASSERT_EQ(QVEffectsBoxBlurWithOffsetAndAmount(src, dst, rect, radius, {0, 0}, amount), 0);
+          ExpectImage(dst, src, rect, BoxOf({-radius, -radius, radius, radius}, amount), 2e-6);
+        }
+      }
+    }
+  }
+}
+
+// Boxes beside the pixel, of one row or one column; five planes.
+TEST(BoxBlur, TakesAnyBox) {
+  constexpr VRect kBoxes[] = {
+      {0, -4, 0, 4}, {-3, 0, 3, 0}, {2, 3, 4, 9}, {-5, -6, -2, -6}, {0, 0, 0, 0}};
+  for (const Form& form : {Form{8, 3, 0}, {16, 4, 1}, {16, 5, 0}, {32, 5, 1}, {32, 1, 0}}) {
+    for (const VRect& box : kBoxes) {
+      SCOPED_TRACE(testing::Message() << form << ", left " << box.left);
+      TestImage src(kBounds, form), dst(kBounds, form, Residency::kMemory, 2);
+      ASSERT_EQ(QVEffectsBoxBlurWithAmount(src, dst, kBounds, box.left, box.right, box.top,
+                                           box.bottom, 0.75f),
+                0);
+      ExpectImage(dst, src, kBounds, BoxOf(box, 0.75f), 2e-6);
+    }
+  }
+}
+
+// Sums beyond 32 bits, and huge boxes: white stays white, and the mean of halves is between them.
+TEST(BoxBlur, SumsAnyNumberOfSamples) {
+  for (const auto& [form, height, radius] : {std::tuple{Form{8, 1, 0}, 4500, 2051},
+                                             {Form{8, 1, 0}, 4500, 2052},
+                                             {Form{8, 3, 0}, 9, 100000},
+                                             {Form{16, 1, 0}, 300, 127},
+                                             {Form{16, 1, 0}, 300, 128},
+                                             {Form{16, 4, 1}, 300, 90},
+                                             {Form{16, 2, 1}, 9, 30000}}) {
+    SCOPED_TRACE(testing::Message() << form << ", radius " << radius);
+    const QVRect bounds = {0, 0, 3, height};
+    TestImage src(bounds, form), dst(bounds, form, Residency::kMemory, 2);
+    ASSERT_EQ(QVEffectsBoxBlur(src, dst, {1, 2, 1, 1}, radius), 0);
+    // Each column counts 2 radius + 1 times in all; only three are different.
+    const int64_t side = 2 * int64_t{radius} + 1;
+    for (int plane = 0; plane < form.planes - form.transparency; plane++) {
+      int64_t sum = 0;
+      for (int y = 0; y < height; y++) {
+        const int64_t first = std::max(2 - radius, y == 0 ? 2 - radius : y);
+        const int64_t last = std::min(2 + radius, y == height - 1 ? 2 + radius : y);
+        const int64_t times = std::max<int64_t>(last - first + 1, 0);
+        const auto at = [&, y = y](int x) {
+          return static_cast<int64_t>(
+              test::GetSample(test::NearestPixel(src, x, y), plane, form.depth));
+        };
+        sum += times * (at(0) * radius + at(1) + at(2) * radius);
+      }
+      const float mean = static_cast<float>(sum) * (1.0f / static_cast<float>(side * side));
+      EXPECT_EQ(test::GetSample(test::NearestPixel(dst, 1, 2), plane, form.depth),
+                std::floor(mean + 0.5f));
+    }
+  }
+}
+
+TEST(BoxBlur, SumsImagesOfIntegers) {
+  const Form form = {32, 3, 0};
+  TestImage src(kBounds, form), dst(kBounds, form, Residency::kMemory, 2);
+  src.Randomize(7);
+  for (int y = 5; y < 16; y++) {
+    for (int x = -3; x < 14; x++) {
+      for (int plane = 0; plane < 3; plane++) {
+        src.At<uint32_t>(x, y, plane) =
+            plane == 0 ? 0xffffffff : 0x9e3779b9u * (x * 31 + y * 7 + plane);
+      }
+    }
+  }
+  ASSERT_EQ(QVEffectsBoxBlurInt(src, dst, {2, 8, 5, 4}, -1, 2, -2, 1), 0);
+  for (int plane = 0; plane < 3; plane++) {
+    uint64_t sum = 0;
+    for (int y = 7; y <= 10; y++) {
+      for (int x = 3; x <= 6; x++) sum += src.At<uint32_t>(x, y, plane);
+    }
+    const float mean = static_cast<float>(sum) * (1.0f / 16.0f) + 0.5f;
+    const uint32_t expected = mean < 4294967296.0f ? static_cast<uint32_t>(mean) : 0xffffffff;
+    EXPECT_EQ(dst.At<uint32_t>(4, 9, plane), expected);
+  }
+}
+
+TEST(BoxBlur, WritesAtTheOffset) {
+  const Form form = {8, 4, 1};
+  TestImage src(kBounds, form), whole(kBounds, form, Residency::kMemory, 2);
+  TestImage dst({0, 0, 17, 11}, form, Residency::kCallbacks, 3);
+  ASSERT_EQ(QVEffectsBoxBlur(src, whole, kBounds, 2), 0);
+  ASSERT_EQ(QVEffectsBoxBlurWithOffset(src, dst, kBounds, 2, {-3, 5}), 0);
+  for (int y = 0; y < 11; y++) {
+    EXPECT_EQ(std::memcmp(dst.Address(0, y), whole.Address(-3, y + 5), 17 * 4), 0) << y;
+  }
+  ASSERT_EQ(QVEffectsBoxBlurWithOffset(src, dst, kBounds, 0, {-3, 5}), 0);
+  EXPECT_EQ(std::memcmp(dst.Address(0, 4), src.Address(-3, 9), 17 * 4), 0);
+}
+
+TEST(BoxBlur, Refuses) {
+  TestImage src(kBounds, {8, 3, 0}), dst(kBounds, {8, 3, 0}, Residency::kMemory, 2);
+  const auto before = dst.Bytes();
+  EXPECT_EQ(QVEffectsBoxBlurWithAmount(src, dst, kBounds, 2, 1, 0, 0, 1), kQVStatusBadArgument);
+  EXPECT_EQ(QVEffectsBoxBlurWithAmount(src, dst, kBounds, 0, 0, 0, -1, 1), kQVStatusBadArgument);
+  EXPECT_EQ(QVEffectsBoxBlur(src, dst, kBounds, 2147483647), kQVStatusUnknown2);
+  EXPECT_EQ(QVEffectsBoxBlurWithAmount(src, dst, kBounds, -2147483647 - 1, 2147483647, 0, 0, 1),
+            kQVStatusUnknown2);
+  EXPECT_EQ(dst.Bytes(), before);
+}
+
+TEST(BoxBlur, LogsAMissingRow) {
+  test::CaughtLog log;
+  TestImage none({0, 0, 0, 0}, {8, 3, 0}), dst(kBounds, {8, 3, 0});
+  EXPECT_EQ(QVEffectsBoxBlur(none, dst, kBounds, 2), kQVStatusUnknown2);
+  ASSERT_EQ(log.events.size(), 1u);
+  EXPECT_EQ(log.events[0].code, kQVStatusBadArgument);
+  EXPECT_EQ(log.events[0].path, "Source/Common/QVEffects/QVEffectsBoxBlur");
+  EXPECT_EQ(log.events[0].line, 107);
+}
+
+// ---- Triangular
+
+Expected TentOf(int radius) {
+  const float line = 1.0f / static_cast<float>((radius + 1) * (radius + 1));
+  return [=](const TestImage& src, int x, int y, int plane) {
+    const double sum =
+        WindowSum(src, x, y, plane, {-radius, -radius, radius, radius}, [&](int dx, int dy) {
+      return static_cast<double>(radius + 1 - std::abs(dx)) * (radius + 1 - std::abs(dy));
+    });
+    return static_cast<float>(sum) * (line * line);
+  };
+}
+
+// Among the radii are those at which sums pass 32 bits.
+TEST(TriangularBlur, IsTheTentOfTheWindow) {
+  for (const Form& form : test::kForms) {
+    for (const QVRect& rect : kRects) {
+      for (const int radius : {0, 1, 4, 12}) {
+        SCOPED_TRACE(testing::Message() << form << ", radius " << radius);
+        TestImage src(kBounds, form), dst(kBounds, form, Residency::kMemory, 2);
+        ASSERT_EQ(QVEffectsTriangularBlur(src, dst, rect, radius), 0);
+        ExpectImage(dst, src, rect, TentOf(radius), 2e-6);
+      }
+    }
+  }
+  constexpr QVRect kFew = {1, 8, 2, 2};
+  for (const auto& [form, radius] : {std::pair{Form{8, 3, 0}, 53},
+                                     {Form{8, 5, 1}, 65},
+                                     {Form{16, 1, 0}, 13},
+                                     {Form{16, 4, 1}, 40}}) {
+    TestImage src(kBounds, form), dst(kBounds, form, Residency::kMemory, 2);
+    ASSERT_EQ(QVEffectsTriangularBlur(src, dst, kFew, radius), 0);
+    ExpectImage(dst, src, kFew, TentOf(radius), 0);
+  }
+}
+
+TEST(TriangularBlur, HoldsItsLargestRadius) {
+  const Form form = {16, 1, 0};
+  TestImage src({0, 0, 3, 2}, form), dst({0, 0, 3, 2}, form, Residency::kMemory, 2);
+  for (int x = 0; x < 3; x++) src.At<uint16_t>(x, 0, 0) = src.At<uint16_t>(x, 1, 0) = 65535;
+  EXPECT_EQ(QVEffectsTriangularBlur(src, dst, {0, 0, 3, 2}, 3000), 0);
+  EXPECT_EQ(dst.At<uint16_t>(1, 1, 0), 65535);
+  EXPECT_EQ(QVEffectsTriangularBlur(src, dst, {0, 0, 3, 2}, 3001), kQVStatusBadArgument);
+  EXPECT_EQ(QVEffectsTriangularBlur(src, dst, {0, 0, 3, 2}, -5), 0);
+  EXPECT_EQ(dst.At<uint16_t>(0, 0, 0), 65535);
+}
+
+// ---- Gaussian
+
+// Against a convolution in double: a sample lies half a step from it, or less.
+TEST(GaussianBlur, IsTheConvolution) {
+  for (const Form& form : test::kForms) {
+    for (const float sigma : {0.2f, 0.7f, 1.3f, 5.0f}) {
+      const int radius = static_cast<int>(sigma * 2.5f + 0.5f);
+      double total = 0;
+      const auto weight = [&](int dx, int dy) {
+        return std::exp(-(dx * dx + dy * dy) / (2.0 * sigma * sigma));
+      };
+      for (int dy = -radius; dy <= radius; dy++) {
+        for (int dx = -radius; dx <= radius; dx++) total += weight(dx, dy);
+      }
+      for (const QVRect& rect : kRects) {
+        SCOPED_TRACE(testing::Message() << form << ", sigma " << sigma);
+        TestImage src(kBounds, form), dst(kBounds, form, Residency::kMemory, 2);
+        ASSERT_EQ(QVEffectsGaussianBlurWithAmount(src, dst, rect, sigma, 0.75f), 0);
+        const QVRect inside = QVRectIntersect(rect, kBounds);
+        const double slack = form.depth == 32 ? 3e-6 : 0.5 + 1e-6 * test::FullScale(form.depth);
+        for (int y = inside.y; y < inside.y + inside.height; y++) {
+          for (int x = inside.x; x < inside.x + inside.width; x++) {
+            for (int plane = 0; plane < form.planes - form.transparency; plane++) {
+              const double blurred =
+                  WindowSum(src, x, y, plane, {-radius, -radius, radius, radius}, weight) / total;
+              const double base = test::GetSample(test::NearestPixel(src, x, y), plane, form.depth);
+              ASSERT_NEAR(test::GetSample(test::NearestPixel(dst, x, y), plane, form.depth),
+                          base * 0.25 + blurred * 0.75, slack)
+                  << x << ", " << y << ", plane " << plane;
+            }
+          }
+        }
+      }
+    }
+  }
+}
+
+// Three boxes, one after the other, each on what the last one made of a wider rectangle.
+TEST(GaussianBlur, IsThreeBoxesWhenFast) {
+  // 3 (radius / 1.1)^2 - 2 k^2: radius 10 takes boxes of 9, 9 and 9 pixels, 4 of 5, 3 and 3.
+  for (const auto& [radius, first, other] : {std::tuple{10.0f, 9, 9}, {4.0f, 5, 3}, {1.0f, 2, 0}}) {
+    for (const Form& form : test::kForms) {
+      SCOPED_TRACE(testing::Message() << form << ", radius " << radius);
+      const QVRect wide = QVRectOutset(kBounds, 2 * other);
+      TestImage src(kBounds, form), dst(kBounds, form, Residency::kMemory, 2);
+      TestImage expected(kBounds, form, Residency::kMemory, 2), middle(wide, form);
+      ASSERT_EQ(QVEffectsBoxBlur(src, middle, wide, first), 0);
+      ASSERT_EQ(QVEffectsBoxBlur(middle, middle, QVRectOutset(kBounds, other), other), 0);
+      ASSERT_EQ(QVEffectsBoxBlur(middle, expected, kBounds, other), 0);
+      ASSERT_EQ(QVEffectsGaussianBlurFast(src, dst, kBounds, radius), 0);
+      for (int y = 5; y < 16; y++) {
+        for (int x = -3; x < 14; x++) {
+          ASSERT_EQ(std::memcmp(dst.Address(x, y), expected.Address(x, y),
+                                (form.planes - form.transparency) * form.PlaneBytes()),
+                    0);
+        }
+      }
+    }
+  }
+}
+
+// Each mode is that of a blend of the blurred picture over its source.
+TEST(GaussianBlur, TakesModes) {
+  constexpr Form kFloats = {32, 3, 0};
+  TestImage src(kBounds, kFloats), blurred(kBounds, kFloats), blended(kBounds, kFloats),
+      dst(kBounds, kFloats);
+  for (const auto& [blur, radius] : {std::pair{&QVEffectsGaussianBlurTrueWithAmountAndMode, 2.0f},
+                                     {&QVEffectsGaussianBlurFastWithAmountAndMode, 5.0f}}) {
+    ASSERT_EQ(blur(src, blurred, kBounds, radius, 1, kQVBlendModeNormal), 0);
+    int taken = 0;
+#define CHECK(constant, code, name)                                                               \
+  for (const bool reverse : {false, true}) {                                                      \
+    const auto mode =                                                                             \
+        reverse ? QVEffectsGetReverseBlendMode(kQVBlendMode##constant) : kQVBlendMode##constant;  \
+    const int status = blur(src, dst, kBounds, radius, 0.75f, mode);                              \
+    if (status != 0) {                                                                            \
+      EXPECT_EQ(status, kQVStatusBadArgument);                                                    \
+      continue;                                                                                   \
+    }                                                                                             \
+    taken++;                                                                                      \
+    ASSERT_EQ(QVEffectsBlendImages(reverse ? src : blurred, reverse ? blurred : src, blended,     \
+                                   kBounds, kQVBlendMode##constant),                              \
+              0);                                                                                 \
+    for (int x = -3; x < 14; x++) {                                                               \
+      const float expected = src.At<float>(x, 9, 1) * 0.25f + blended.At<float>(x, 9, 1) * 0.75f; \
+      ASSERT_FLOAT_EQ(dst.At<float>(x, 9, 1), expected) << name << reverse << " at " << x;        \
+    }                                                                                             \
+  }
+    QV_BLEND_MODES(CHECK)
+#undef CHECK
+    EXPECT_EQ(taken, 30);
+  }
+}
+
+// Integers are blended from 0 to 1, as floats are.
+TEST(GaussianBlur, BlendsIntegersFrom0To1) {
+  for (const Form& form : {Form{8, 4, 1}, {16, 4, 1}}) {
+    const float max = test::FullScale(form.depth);
+    TestImage src(kBounds, form), dst(kBounds, form), floats(kBounds, {32, 4, 1}),
+        result(kBounds, {32, 4, 1});
+    for (int y = 5; y < 16; y++) {
+      for (int x = -3; x < 14; x++) {
+        for (int plane = 0; plane < 4; plane++) {
+          floats.At<float>(x, y, plane) =
+              test::GetSample(test::NearestPixel(src, x, y), plane, form.depth) / max;
+        }
+      }
+    }
+    for (const float radius : {2.0f, 12.0f}) {
+      for (const auto mode :
+           {kQVBlendModeOverlay, QVEffectsGetReverseBlendMode(kQVBlendModeSoftLight)}) {
+        ASSERT_EQ(QVEffectsGaussianBlurWithAmountAndMode(src, dst, kBounds, radius, 0.6f, mode), 0);
+        ASSERT_EQ(
+            QVEffectsGaussianBlurWithAmountAndMode(floats, result, kBounds, radius, 0.6f, mode), 0);
+        for (int x = -3; x < 14; x++) {
+          // The fast blur of integers rounds its first two boxes.
+          ASSERT_NEAR(test::GetSample(test::NearestPixel(dst, x, 8), 2, form.depth),
+                      result.At<float>(x, 8, 2) * max, radius < 10 ? 0.51 : 2.5);
+        }
+      }
+    }
+  }
+}
+
+TEST(GaussianBlur, AnswersWhatItCannotDo) {
+  test::CaughtLog log;
+  TestImage src(kBounds, {8, 3, 0}), dst(kBounds, {8, 3, 0}, Residency::kMemory, 2);
+  const auto before = dst.Bytes();
+  EXPECT_EQ(QVEffectsGaussianBlurWithAmountAndMode(src, dst, kBounds, 3, 1, kQVBlendModeHue), 1005);
+  EXPECT_TRUE(log.events.empty());
+  EXPECT_EQ(QVEffectsGaussianBlurWithAmountAndMode(src, dst, kBounds, 30, 1, kQVBlendModeHue),
+            1005);
+  ASSERT_EQ(log.events.size(), 1u);
+  EXPECT_EQ(log.events[0].path, "Source/Common/QVEffects/QVEffectsBoxBlur");
+  EXPECT_EQ(log.events[0].line, 293);
+  EXPECT_NE(QVEffectsGaussianBlurFast(src, dst, kBounds, 1e30f), 0);
+  EXPECT_NE(QVEffectsGaussianBlurTrue(src, dst, kBounds, 1e30f), 0);
+  EXPECT_EQ(dst.Bytes(), before);
+  // A copy, whatever the mode.
+  EXPECT_EQ(
+      QVEffectsGaussianBlurTrueWithAmountAndMode(src, dst, kBounds, 0.19f, 1, kQVBlendModeHue), 0);
+  EXPECT_EQ(dst.At<uint8_t>(3, 9, 1), src.At<uint8_t>(3, 9, 1));
+  EXPECT_EQ(QVEffectsGaussianBlurFast(src, dst, kBounds, NAN), 0);
+}
+
+}  // namespace
