@@ -8,6 +8,7 @@
 
 #include "Utils/BlurMix.h"
 #include "Utils/GaussianKernel.h"
+#include "Utils/Lanes.h"
 #include "Utils/QVEffectsUtils.h"
 #include "Utils/RowWindow.h"
 #include "Utils/Strips.h"
@@ -19,12 +20,18 @@ constexpr const char* kSource = "Source/Common/QVEffects/QVEffectsGaussianBlur";
 // From this radius on the fast blur is taken.
 constexpr float kFastFrom = 10.0f;
 
-// Samples that are summed side by side: as many as registers hold for kRows rows.
+// Samples that are summed side by side, as many as registers hold for kRows rows: vectors of
+// sixteen, which the compiler makes of what the processor has.
+using Floats = qv::Lanes<float, 16>;
 #ifdef __AVX512F__
-constexpr int kBlock = 32;
+constexpr int kVectors = 2;
 #else
-constexpr int kBlock = 16;
+constexpr int kVectors = 1;
 #endif
+constexpr int kBlock = 16 * kVectors;
+
+// Samples of a row that are worked before the next ones: sums stay in the first cache.
+constexpr int kStretch = 512;
 
 // Rows that are made at once, since each row beneath the kernel serves all of them.
 constexpr int kRows = 4;
@@ -44,24 +51,43 @@ struct Kernel {
 
 // ---- Convolutions: tap by tap from the first to the last, on samples side by side
 
-// Along a row, whose pixels are `step` samples apart.
-void ConvolveAlong(const Kernel& kernel, const float* __restrict row, int step, int64_t samples,
-                   float* __restrict out) {
-  constexpr int kWide = 2 * kBlock;
-  const float* __restrict taps = kernel.taps.get();
-  int64_t x = 0;
-  for (; x + kWide <= samples; x += kWide) {
-    float sums[kWide] = {};
+// Along a row, whose pixels are `step` samples apart. Samples up to whole blocks are made.
+void ConvolveAlong(const Kernel& kernel, const float* row, int step, int64_t samples, float* out) {
+  constexpr int kMany = 2 * kVectors;
+  const float* taps = kernel.taps.get();
+  for (int64_t x = 0; x < samples; x += 16 * kMany) {
+    Floats::Type sums[kMany] = {};
     for (int64_t tap = 0; tap < kernel.size; tap++) {
       const float* from = row + x + tap * step;
-      for (int i = 0; i < kWide; i++) sums[i] += taps[tap] * from[i];
+      for (int i = 0; i < kMany; i++) sums[i] += taps[tap] * Floats::Load(from + 16 * i);
     }
-    std::memcpy(out + x, sums, sizeof sums);
+    for (int i = 0; i < kMany; i++) Floats::Store(out + x + 16 * i, sums[i]);
   }
-  for (; x < samples; x++) {
-    float sum = 0;
-    for (int64_t tap = 0; tap < kernel.size; tap++) sum += taps[tap] * row[x + tap * step];
-    out[x] = sum;
+}
+
+// Adds some of the rows beneath the kernel to samples of kRows sums; rows[0] is row `first` of all.
+// @param isInside whether every row counts for every sum: near the ends taps lie outside.
+template <bool isInside>
+void AddRows(const Kernel& kernel, const float* const* rows, int first, int count, int samples,
+             float (&sums)[kRows][kStretch]) {
+  const float* taps = kernel.taps.get();
+  for (int x = 0; x < samples; x += kBlock) {
+    Floats::Type sum[kRows][kVectors];
+    for (int to = 0; to < kRows; to++) {
+      for (int i = 0; i < kVectors; i++) sum[to][i] = Floats::Load(sums[to] + x + 16 * i);
+    }
+    for (int row = 0; row < count; row++) {
+      Floats::Type samplesOfRow[kVectors];
+      for (int i = 0; i < kVectors; i++) samplesOfRow[i] = Floats::Load(rows[row] + x + 16 * i);
+      for (int to = 0; to < kRows; to++) {
+        const int tap = first + row - to;
+        if (!isInside && (tap < 0 || tap >= kernel.size)) continue;
+        for (int i = 0; i < kVectors; i++) sum[to][i] += taps[tap] * samplesOfRow[i];
+      }
+    }
+    for (int to = 0; to < kRows; to++) {
+      for (int i = 0; i < kVectors; i++) Floats::Store(sums[to] + x + 16 * i, sum[to][i]);
+    }
   }
 }
 
@@ -69,27 +95,25 @@ void ConvolveAlong(const Kernel& kernel, const float* __restrict row, int step, 
 // further down the next. Samples up to whole blocks are made.
 void ConvolveAcross(const Kernel& kernel, const float* const* rows, int64_t samples,
                     float* const (&out)[kRows]) {
-  const float* __restrict taps = kernel.taps.get();
-  for (int64_t x = 0; x < samples; x += kBlock) {
-    float sums[kRows][kBlock] = {};
-    const auto add = [&](int to, int tap) {
-      const float weight = taps[tap];
-      const float* __restrict from = rows[tap + to] + x;
-      for (int i = 0; i < kBlock; i++) sums[to][i] += weight * from[i];
-    };
-    // Each of the rows starts and ends one later than the one above.
-    for (int to = 0; to < kRows; to++) {
-      for (int tap = 0; tap < std::min(kRows - 1 - to, kernel.size); tap++) add(to, tap);
+  constexpr int kMany = 8;  // rows read side by side, as many as the processor reads ahead in
+  const int end = kernel.size + kRows - 1;
+  for (int64_t x = 0; x < samples; x += kStretch) {
+    const int some = static_cast<int>(std::min<int64_t>(samples - x, kStretch));
+    alignas(64) float sums[kRows][kStretch] = {};
+    for (int first = 0, count; first < end; first += count) {
+      // The first and the last rows don't count for all sums.
+      const bool isInside = first >= kRows - 1 && first < kernel.size;
+      count = std::min((isInside            ? kernel.size
+                        : first < kRows - 1 ? kRows - 1
+                                            : end) -
+                           first,
+                       kMany);
+      const float* from[kMany];
+      for (int row = 0; row < count; row++) from[row] = rows[first + row] + x;
+      const auto add = isInside ? AddRows<true> : AddRows<false>;
+      add(kernel, from, first, count, some, sums);
     }
-    for (int row = kRows - 1; row < kernel.size; row++) {
-      for (int to = 0; to < kRows; to++) add(to, row - to);
-    }
-    for (int to = 1; to < kRows; to++) {
-      for (int tap = std::max(kernel.size - to, kRows - 1 - to); tap < kernel.size; tap++) {
-        add(to, tap);
-      }
-    }
-    for (int to = 0; to < kRows; to++) std::memcpy(out[to] + x, sums[to], sizeof sums[to]);
+    for (int to = 0; to < kRows; to++) std::memcpy(out[to] + x, sums[to], some * sizeof(float));
   }
 }
 
@@ -135,13 +159,21 @@ template <class T, class Layout>
 void MixRow(const qv::BlurMix& mix, qv::BlurMixer& mixer, const T* base, const float* blurred,
             T* out, int width, Layout layout) {
   alignas(64) float spread[qv::kStripPixels] = {};
+  alignas(64) T held[qv::kStripPixels];
   const int most = qv::kStripPixels / layout.planes;
   for (int64_t x = 0; x < width; x += most) {
     const int pixels = static_cast<int>(std::min<int64_t>(width - x, most));
-    SpreadColors(blurred + x * layout.colors, pixels, layout, spread);
-    const int64_t at = x * layout.planes;
-    MixSamples(mix, mixer, base + at, spread, out + at, pixels * layout.planes);
-    qv::KeepTransparency(base + at, out + at, pixels, layout);
+    const float* colors = blurred + x * layout.colors;
+    if (layout.transparency) SpreadColors(colors, pixels, layout, spread);
+    const T* from = base + x * layout.planes;
+    T* to = out + x * layout.planes;
+    if (from == to) {
+      // In place: base and out never overlap in what follows.
+      std::memcpy(held, from, sizeof(T) * pixels * layout.planes);
+      from = held;
+    }
+    MixSamples(mix, mixer, from, layout.transparency ? spread : colors, to, pixels * layout.planes);
+    qv::KeepTransparency(from, to, pixels, layout);
   }
 }
 
@@ -153,15 +185,15 @@ int BlurRows(const Kernel& kernel, const qv::BlurMix& mix, __QVImage* src, QVIma
   const int width = rect.right - rect.left, radius = kernel.Radius();
   const int64_t wide = int64_t{width} + 2 * int64_t{radius};
   const int64_t samples = int64_t{width} * layout.colors;
-  qv::Buffer<float> colors(wide * layout.colors);
+  qv::Buffer<float> colors(wide * layout.colors + 2 * kBlock);
   qv::RowWindow<float> rows(src, int64_t{rect.left} - radius, wide, int64_t{kernel.size} + kRows,
                             kSource, samples, [&](const void* pixels, float* row) {
     TakeColors(static_cast<const T*>(pixels), wide, layout, colors.Get());
     ConvolveAlong(kernel, colors.Get(), layout.colors, samples, row);
   });
-  qv::RowWindow<T> baseRows(src, rect.left, width, 1, kSource);
+  QVImageAccess baseRows(src, nullptr);
 
-  const int64_t stride = samples + kBlock;
+  const int64_t stride = (samples + kBlock + 15) / 16 * 16;
   qv::Buffer<float> blurred(kRows * stride);
   qv::Buffer<const float*> covered(int64_t{kernel.size} + kRows - 1);
   float* out[kRows];
@@ -175,9 +207,10 @@ int BlurRows(const Kernel& kernel, const qv::BlurMix& mix, __QVImage* src, QVIma
     }
     ConvolveAcross(kernel, covered.Get(), samples, out);
     for (int i = 0; i < count; i++) {
-      T* to = static_cast<T*>(
-          qv::Required(target.WriteRow(static_cast<int>(y) + i, rect.left, width), kSource));
-      MixRow(mix, mixer, baseRows.Row(y + i), out[i], to, width, layout);
+      const int row = static_cast<int>(y) + i;
+      T* to = static_cast<T*>(qv::Required(target.WriteRow(row, rect.left, width), kSource));
+      const void* base = qv::Required(baseRows.ReadRow(row, rect.left, width), kSource);
+      MixRow(mix, mixer, static_cast<const T*>(base), out[i], to, width, layout);
     }
   }
   return kQVStatusSuccess;

@@ -3,8 +3,8 @@
 #include <QVEffects/QVEffectsBasics.h>
 #include <QVEffects/QVEffectsBlur.h>
 
+#include "Utils/Lanes.h"
 #include "Utils/RowWindow.h"
-#include "Utils/RunningSums.h"
 #include "Utils/Strips.h"
 
 namespace {

@@ -6,8 +6,8 @@
 #include <functional>
 #include <optional>
 
+#include "Lanes.h"
 #include "RowWindow.h"
-#include "RunningSums.h"
 #include "Strips.h"
 
 namespace qv {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The samples of a pixel as one short vector, for sums that run along a row.
+// Short vectors by name: the samples of a pixel, for sums that run along a row.
 #pragma once
 
 #include <cstdint>
