@@ -7,6 +7,7 @@
 
 #include "CaughtLog.h"
 #include "Naive.h"
+#include "Utils/QVEffectsDspLib.h"
 #include "Utils/VRect.h"
 
 namespace {
@@ -384,6 +385,35 @@ TEST(GaussianBlur, AnswersWhatItCannotDo) {
       QVEffectsGaussianBlurTrueWithAmountAndMode(src, dst, kBounds, 0.19f, 1, kQVBlendModeHue), 0);
   EXPECT_EQ(dst.At<uint8_t>(3, 9, 1), src.At<uint8_t>(3, 9, 1));
   EXPECT_EQ(QVEffectsGaussianBlurFast(src, dst, kBounds, NAN), 0);
+}
+
+// ---- Vectors
+
+TEST(DspLib, SumsInItsOrder) {
+  // 16 lanes: in the first, 1 is lost in 2^24, and the 1 of the last element counts.
+  float a[35], b[35];
+  std::fill_n(a, 35, 1.0f);
+  std::fill_n(b, 35, 0.0f);
+  b[0] = 16777216.0f;
+  b[16] = 1.0f;
+  b[8] = -16777216.0f;
+  b[34] = 3.0f;
+  EXPECT_EQ(QVEffectsDspLib::dot(a, b, 35), 3.0f);
+  EXPECT_EQ(QVEffectsDspLib::dot(a, b, 0), 0.0f);
+  // Four lanes: elements 0, 8 and 16 follow each other in the first.
+  const float* vectors[] = {b, a, b + 1, a + 1};
+  float out[4];
+  QVEffectsDspLib::dot4(a, vectors, out, 34);
+  EXPECT_THAT(out, testing::ElementsAre(1.0f, 34.0f, -16777216.0f + 1.0f + 3.0f, 34.0f));
+  // Every processor that runs this has SSE2 and is in 64-bit mode.
+#ifdef __x86_64__
+  EXPECT_EQ(QVEffectsDspLib::GetCPUCaps() & (1ull << 2 | 1ull << 30), 1ull << 2 | 1ull << 30);
+#endif
+  void* p = QVEffectsDspLib::alloc(64);
+  EXPECT_THAT(std::vector<char>(static_cast<char*>(p), static_cast<char*>(p) + 64),
+              testing::Each(0));
+  QVEffectsDspLib::free(p);
+  QVEffectsDspLib::free(nullptr);
 }
 
 }  // namespace
