@@ -119,23 +119,35 @@ void ConvolveAcross(const Kernel& kernel, const float* const* rows, int64_t samp
 
 // ---- Rows
 
-// The colour samples of a row as floats.
+// The colour samples of a row as floats. A sample beyond the last may be written.
 template <class T, class Layout>
-void TakeColors(const T* __restrict row, int64_t pixels, Layout layout, float* __restrict out) {
-  for (int64_t i = 0; i < pixels; i++) {
-    for (int c = 0; c < layout.colors; c++) {
-      out[i * layout.colors + c] = static_cast<float>(row[i * layout.planes + c]);
+void TakeColors(const T* row, int64_t pixels, Layout layout, float* out) {
+  if constexpr (std::is_same_v<Layout, qv::AnyLayout>) {
+    for (int64_t i = 0; i < pixels * layout.colors; i++) {
+      out[i] = static_cast<float>(row[i / layout.colors * layout.planes + i % layout.colors]);
     }
+  } else if constexpr (layout.transparency) {
+    // Transparency is overwritten by the next pixel.
+    using Pixel = qv::Lanes<float, Layout::planes>;
+    for (int64_t i = 0; i < pixels; i++) {
+      Pixel::Store(out + i * layout.colors, Pixel::Load(row + i * layout.planes));
+    }
+  } else {
+    for (int64_t i = 0; i < pixels * layout.planes; i++) out[i] = static_cast<float>(row[i]);
   }
 }
 
-// Blurred colours to the places that they have in a pixel.
+// Blurred colours to the places that they have in a pixel with transparency.
 template <class Layout>
-void SpreadColors(const float* __restrict colors, int pixels, Layout layout,
-                  float* __restrict out) {
-  for (int i = 0; i < pixels; i++) {
-    for (int c = 0; c < layout.colors; c++) {
-      out[i * layout.planes + c] = colors[i * layout.colors + c];
+void SpreadColors(const float* colors, int pixels, Layout layout, float* out) {
+  if constexpr (std::is_same_v<Layout, qv::AnyLayout>) {
+    for (int i = 0; i < pixels * layout.colors; i++) {
+      out[i / layout.colors * layout.planes + i % layout.colors] = colors[i];
+    }
+  } else {
+    using Pixel = qv::Lanes<float, Layout::planes>;
+    for (int i = 0; i < pixels; i++) {
+      Pixel::Store(out + i * layout.planes, Pixel::Load(colors + i * layout.colors));
     }
   }
 }
