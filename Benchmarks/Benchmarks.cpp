@@ -3,7 +3,11 @@
 // thread. Google Benchmark's options hold (--benchmark_filter=invert); the table of ratios is last.
 #include <QVCore9/QVCore9.h>
 
+#include <malloc.h>
+
+#include <algorithm>
 #include <cstring>
+#include <fstream>
 #include <memory>
 #include <opencv2/core.hpp>
 
@@ -91,6 +95,27 @@ void TimeCopy(benchmark::State& state, const Form& form) {
   CountPixels(state);
 }
 
+// A line of /proc/self/status in megabytes: VmRSS, the memory in use, or VmHWM, its peak.
+double Memory(const std::string& what) {
+  std::ifstream status("/proc/self/status");
+  for (std::string word; status >> word;) {
+    double kilobytes;
+    if (word == what + ":" && status >> kilobytes) return kilobytes / 1024;
+  }
+  return 0;
+}
+
+// What a call takes beyond the images, in megabytes, at its peak.
+template <class Call>
+double PeakMemory(Call&& call) {
+  call();  // so that all pages of the images are there
+  malloc_trim(0);
+  std::ofstream("/proc/self/clear_refs") << 5;  // lets the peak start anew
+  const double before = Memory("VmRSS");
+  call();
+  return std::max(Memory("VmHWM") - before, 0.0);
+}
+
 void TimeOurs(benchmark::State& state, const Form& form, const Job& job) {
   Images& images = ImagesOf(form);
   const catalog::Effect* effect = catalog::Find(job.effect);
@@ -98,12 +123,15 @@ void TimeOurs(benchmark::State& state, const Form& form, const Job& job) {
   for (size_t i = 0; i < values.size(); i++) {
     if (effect->parameters[i].kind == catalog::Kind::Layer) values[i] = images.ourLayer.get();
   }
+  const auto call = [&] {
+    return job.run
+               ? job.run(images.ourSrc.get())
+               : effect->run(
+                     {images.ourSrc.get(), images.ourDst.get(), {0, 0, kWidth, kHeight}, values});
+  };
+  state.counters[bench::kMegabytes] = PeakMemory(call);
   for (auto _ : state) {
-    const int status =
-        job.run ? job.run(images.ourSrc.get())
-                : effect->run(
-                      {images.ourSrc.get(), images.ourDst.get(), {0, 0, kWidth, kHeight}, values});
-    if (status != kQVStatusSuccess) return state.SkipWithError("the effect failed");
+    if (call() != kQVStatusSuccess) return state.SkipWithError("the effect failed");
   }
   CountPixels(state);
 }

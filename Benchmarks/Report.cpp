@@ -47,6 +47,8 @@ void Collector::ReportRuns(const std::vector<Run>& runs) {
     const double time = 1e9 / run.counters.at("items_per_second");
     const auto [place, isNew] = mTimes.try_emplace(name, time);
     if (!isNew) place->second = std::min(place->second, time);
+    const auto memory = run.counters.find(kMegabytes);
+    if (memory != run.counters.end()) mMegabytes[name] = memory->second;
   }
 }
 
@@ -57,9 +59,11 @@ double Collector::Time(const std::string& name) const {
 
 void Collector::PrintTable(const std::map<std::string, std::string>& peerNames) const {
   const std::map<std::string, Mark> marks = ReadMarks();
-  std::printf("\nns a pixel, and multiples of memcpy of the same image in this run\n");
-  std::printf("%-28s %9s %8s | %9s %8s %-22s %9s | %8s %s\n", "job", "ours", "x memcpy", "peer",
-              "x memcpy", "", "ours/peer", "mark", "");
+  std::printf(
+      "\nns a pixel, multiples of memcpy of the same image in this run, and MB beyond the "
+      "images\n");
+  std::printf("%-28s %9s %8s %6s | %9s %8s %-22s %9s | %8s %s\n", "job", "ours", "x memcpy", "MB",
+              "peer", "x memcpy", "", "ours/peer", "mark", "");
   const std::string prefix = std::string(kOurs) + "/";
   for (const auto& [name, ours] : mTimes) {
     if (name.rfind(prefix, 0) != 0) continue;
@@ -68,8 +72,9 @@ void Collector::PrintTable(const std::map<std::string, std::string>& peerNames) 
     const double peer = Time(std::string(kPeer) + "/" + job);
     const auto mark = marks.find(job);
     const auto peerName = peerNames.find(job.substr(0, job.rfind('/')));
-    std::printf("%-28s %9s %8s | %9s %8s %-22s %9s | %8s %s\n", job.c_str(), Number(ours).c_str(),
-                Number(ours / copy).c_str(), Number(peer).c_str(), Number(peer / copy).c_str(),
+    std::printf("%-28s %9s %8s %6.1f | %9s %8s %-22s %9s | %8s %s\n", job.c_str(),
+                Number(ours).c_str(), Number(ours / copy).c_str(), mMegabytes.at(name),
+                Number(peer).c_str(), Number(peer / copy).c_str(),
                 peerName == peerNames.end() ? "" : peerName->second.c_str(),
                 Number(ours / peer).c_str(),
                 mark == marks.end() ? "-" : Number(mark->second.timesMemcpy).c_str(),

@@ -14,6 +14,9 @@ inline constexpr const char* kOurs = "ours";
 inline constexpr const char* kPeer = "peer";
 inline constexpr const char* kMemcpy = "memcpy";
 
+/// The counter of the memory that a call takes beyond its images.
+inline constexpr const char* kMegabytes = "MB";
+
 /// Prints as the console does, and keeps the best time of each benchmark. Names are
 /// WHO/JOB/FORM, as in "ours/invert/u8x3".
 class Collector : public benchmark::ConsoleReporter {
@@ -28,6 +31,7 @@ class Collector : public benchmark::ConsoleReporter {
 
  private:
   std::map<std::string, double> mTimes;
+  std::map<std::string, double> mMegabytes;
 };
 
 }  // namespace bench
