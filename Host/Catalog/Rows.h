@@ -15,7 +15,7 @@ namespace catalog {
 inline constexpr Color kBlack = {0, 0, 0, 1};
 
 /// Outset of an effect that looks at one pixel at a time.
-inline int Pixelwise(std::span<const Value>) { return 0; }
+inline constexpr Outset kPixelwise("");
 
 inline Parameter ColorOf(std::string_view name, Color good, std::string_view help) {
   return {name, Kind::Rgba, "", 0, 1, kBlack, good, help};
