@@ -20,6 +20,7 @@ int Ask(auto* function, float radius) {
 TEST(Outset, Query) {
   for (const float radius : {0.0f, 9.0f, -5.0f, kNaN, kInfinity}) {
     EXPECT_EQ(Ask(QVEffectsInvert, radius), 0);
+    EXPECT_EQ(Ask(QVEffectsGetAvgColor, radius), 0);
     EXPECT_EQ(Ask(QVEffectsBlendImages, radius), 0);
     EXPECT_EQ(Ask(QVEffectsGetOutset, radius), -1);
     EXPECT_EQ(QVEffectsGetOutset(nullptr, radius), -1);

@@ -12,7 +12,7 @@
 namespace catalog {
 namespace {
 
-constexpr Family (*kFamilies[])() = {Basics, Blending, Blur, ColorModes};
+constexpr Family (*kFamilies[])() = {Basics, Blending, Blur, ColorModes, Measures};
 
 // Effects by name.
 const Family& Table() {

@@ -44,6 +44,8 @@ const Row kRows[] = {
     ROW(QVEffectsInvert, NoOutset),       ROW(QVEffectsFillColor, NoOutset),
     ROW(QVEffectsCopyImage, NoOutset),    ROW(QVEffectsBlendImagesWithOpacitiesAndMasks, NoOutset),
     ROW(QVEffectsBlendImages, NoOutset),  ROW(QVEffectsConvertImageMode, NoOutset),
+    ROW(QVEffectsAnalyzeImage, NoOutset), ROW(QVEffectsGetAvgColor, NoOutset),
+    ROW(QVEffectsFillGradient, NoOutset),
 };
 
 }  // namespace
