@@ -27,6 +27,16 @@ TEST(Outset, Query) {
   }
 }
 
+TEST(Outset, QueryOfBlurs) {
+  EXPECT_EQ(Ask(QVEffectsBoxBlur, 5), 5);
+  EXPECT_EQ(Ask(QVEffectsBoxBlurInt, 5.5f), 6);
+  EXPECT_EQ(Ask(QVEffectsGaussianBlur, 9.9f), 25);
+  EXPECT_EQ(Ask(QVEffectsGaussianBlur, 10), 27);
+  EXPECT_EQ(Ask(QVEffectsGaussianBlurFastWithAmount, 9.9f), 27);
+  EXPECT_EQ(Ask(QVEffectsGaussianBlurTrue, 10), 25);
+  EXPECT_EQ(Ask(QVEffectsBoxBlurWithAmount, 5), -1);  // its box may lie anywhere
+}
+
 TEST(Outset, Forms) {
   const struct {
     float radius;

@@ -70,7 +70,7 @@ struct Outset {
   unsigned reach;
 
   /// What QVEffectsGetOutset() answers.
-  constexpr Outset(std::string_view aRadius, unsigned aReach = kReachFades)
+  constexpr Outset(const char* aRadius, unsigned aReach = kReachFades)
       : radius(aRadius), own(nullptr), reach(aReach) {}
   /// Known here alone.
   constexpr Outset(Function anOwn, unsigned aReach = kReachFades) : own(anOwn), reach(aReach) {}

@@ -2,30 +2,7 @@
 // The outset query: a table of effects and how far they read.
 #include <QVEffects/QVEffects.h>
 
-#include <cmath>
-
 #include "Utils/Outset.h"
-
-namespace qv {
-
-int TrueGaussianOutset(float radius) {
-  return WholePixels(static_cast<double>(radius * 2.5f) + 0.5);
-}
-
-int FastGaussianOutset(float radius) {
-  constexpr float kMost = 2147483648.0f;  // keeps squares finite
-  const float u = (radius > 0.0f ? std::min(radius, kMost) : 0.0f) / 1.1f;
-  const float n = std::trunc(u);
-  const float squares = 3.0f * u * u + -2.0f * n * n;
-  const double rest = std::trunc(std::sqrt(static_cast<double>(squares)) + 0.5);
-  return WholePixels(rest + 2.0 * static_cast<double>(n));
-}
-
-int GaussianOutset(float radius) {
-  return radius < 10.0f ? TrueGaussianOutset(radius) : FastGaussianOutset(radius);
-}
-
-}  // namespace qv
 
 namespace {
 
@@ -41,11 +18,30 @@ int NoOutset(float) { return 0; }
 // By how they reach, in the order of the headers. An effect that isn't here needs the whole image.
 const Row kRows[] = {
     // One pixel at a time.
-    ROW(QVEffectsInvert, NoOutset),       ROW(QVEffectsFillColor, NoOutset),
-    ROW(QVEffectsCopyImage, NoOutset),    ROW(QVEffectsBlendImagesWithOpacitiesAndMasks, NoOutset),
-    ROW(QVEffectsBlendImages, NoOutset),  ROW(QVEffectsConvertImageMode, NoOutset),
-    ROW(QVEffectsAnalyzeImage, NoOutset), ROW(QVEffectsGetAvgColor, NoOutset),
+    ROW(QVEffectsInvert, NoOutset),
+    ROW(QVEffectsFillColor, NoOutset),
+    ROW(QVEffectsCopyImage, NoOutset),
+    ROW(QVEffectsBlendImagesWithOpacitiesAndMasks, NoOutset),
+    ROW(QVEffectsBlendImages, NoOutset),
+    ROW(QVEffectsConvertImageMode, NoOutset),
+    ROW(QVEffectsAnalyzeImage, NoOutset),
+    ROW(QVEffectsGetAvgColor, NoOutset),
     ROW(QVEffectsFillGradient, NoOutset),
+
+    // Squares.
+    ROW(QVEffectsBoxBlur, qv::RoundedOutset),
+    ROW(QVEffectsBoxBlurWithOffset, qv::RoundedOutset),
+    ROW(QVEffectsBoxBlurWithOffsetAndAmount, qv::RoundedOutset),
+    ROW(QVEffectsBoxBlurInt, qv::RoundedOutset),
+
+    // Gaussians.
+    ROW(QVEffectsGaussianBlur, qv::GaussianOutset),
+    ROW(QVEffectsGaussianBlurWithAmount, qv::GaussianOutset),
+    ROW(QVEffectsGaussianBlurWithAmountAndMode, qv::GaussianOutset),
+    ROW(QVEffectsGaussianBlurFast, qv::FastGaussianOutset),
+    ROW(QVEffectsGaussianBlurFastWithAmount, qv::FastGaussianOutset),
+    ROW(QVEffectsGaussianBlurTrue, qv::TrueGaussianOutset),
+    ROW(QVEffectsGaussianBlurTrueWithAmount, qv::TrueGaussianOutset),
 };
 
 }  // namespace

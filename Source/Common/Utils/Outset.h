@@ -3,29 +3,30 @@
 // to INT_MAX, and 0 of NaN.
 #pragma once
 
-#include <QVCore9/QVExport.h>
-
 #include <algorithm>
-#include <limits>
+
+#include "GaussianKernel.h"
+#include "VRect.h"
 
 namespace qv {
 
-/// A reach in whole pixels, truncated.
-inline int WholePixels(double reach) {
-  constexpr double kMost = std::numeric_limits<int>::max();
-  return reach > 0.0 ? static_cast<int>(std::min(reach, kMost)) : 0;
+/// Of kernels with the radius rounded to nearest.
+inline int RoundedOutset(float radius) {
+  return std::max(TruncateToInt(static_cast<double>(radius) + 0.5), 0);
 }
 
-/// Of kernels with the radius rounded to nearest.
-inline int RoundedOutset(float radius) { return WholePixels(static_cast<double>(radius) + 0.5); }
+/// Of the true Gaussian blur.
+inline int TrueGaussianOutset(float radius) { return std::max(GaussianRadius(radius), 0); }
 
-/// Of Gaussian kernels, cut off where they no longer count.
-QVEFFECTS_API int TrueGaussianOutset(float radius);
+/// Of the fast Gaussian blur.
+inline int FastGaussianOutset(float radius) {
+  const GaussianBoxes boxes(radius > 0.0f ? radius : 0.0f);
+  return VRect::Held(boxes.first + 2 * int64_t{boxes.other});
+}
 
-/// Of three boxes in a row that come close to a Gaussian.
-QVEFFECTS_API int FastGaussianOutset(float radius);
-
-/// Of the Gaussian blur that is a true one below a radius of 10 and a fast one from there on.
-QVEFFECTS_API int GaussianOutset(float radius);
+/// Of the Gaussian blur that is the true one below a radius of 10 and the fast one from there on.
+inline int GaussianOutset(float radius) {
+  return radius < 10.0f ? TrueGaussianOutset(radius) : FastGaussianOutset(radius);
+}
 
 }  // namespace qv
