@@ -271,6 +271,55 @@ TEST(Measure, GradientsAreExact) {
   }
 }
 
+// The deviation that follows from the mean of samples and of squares as they are stored.
+float NaiveDeviation(const TestImage& src, int x, int y, int plane, int radius) {
+  const int depth = src.GetForm().depth;
+  double sum = 0, squares = 0;
+  ForEachPixel(QVRectOutset({x, y, 1, 1}, radius), [&](int nearX, int nearY) {
+    const double sample = Sample(NearestPixel(src, nearX, nearY), plane, depth);
+    sum += sample;
+    squares +=
+        depth == 32 ? static_cast<double>(static_cast<float>(sample * sample)) : sample * sample;
+  });
+  const float scale = 1.0f / static_cast<float>((2 * radius + 1) * (2 * radius + 1));
+  float mean = static_cast<float>(sum) * scale, meanSquare = static_cast<float>(squares) * scale;
+  if (depth == 32) return std::sqrt(std::max(meanSquare - mean * mean, 0.0f));
+  const auto m = static_cast<uint64_t>(mean + 0.5f), t = static_cast<uint64_t>(meanSquare + 0.5f);
+  return t < m * m ? 0.0f : std::sqrt(static_cast<float>(t - m * m));
+}
+
+TEST(Measure, VarianceIsThatOfTheWindow) {
+  for (const Form form : test::kForms) {
+    for (const QVRect rect : {kRects[0], kRects[1], kRects[2]}) {
+      for (const int radius : {0, 1, 4}) {
+        TestImage src(kBounds, form), dst(kBounds, form, Residency::kMemory, 2);
+        ASSERT_EQ(QVEffectsVariance(src, dst, rect, radius), kQVStatusSuccess);
+        ForEachPixel(QVRectIntersect(rect, kBounds), [&](int x, int y) {
+          for (int plane = 0; plane < form.planes - form.transparency; plane++) {
+            Pixel expected = {};
+            test::SetSample(expected, plane, form.depth, NaiveDeviation(src, x, y, plane, radius));
+            ASSERT_NEAR(GetSample(NearestPixel(dst, x, y), plane, form.depth),
+                        GetSample(expected, plane, form.depth), form.depth == 32 ? 2e-6 : 0)
+                << form << ", radius " << radius << " at " << x << ", " << y;
+          }
+        });
+      }
+    }
+  }
+}
+
+// White and black halves at the middle of a checkerboard; a flat picture of the lightest gray.
+TEST(Measure, VarianceByHand) {
+  TestImage src({0, 0, 3, 3}, {8, 1, 0}), dst({0, 0, 3, 3}, {8, 1, 0});
+  ForEachPixel(src.Bounds(), [&](int x, int y) { src.At<uint8_t>(x, y, 0) = (x + y) % 2 * 9; });
+  ASSERT_EQ(QVEffectsVariance(src, dst, src.Bounds(), 1), kQVStatusSuccess);
+  EXPECT_EQ(dst.At<uint8_t>(1, 1, 0), 4);  // mean 4, mean square 36: the root of 20
+  TestImage flat({0, 0, 9, 9}, {16, 3, 0}), result({0, 0, 9, 9}, {16, 3, 0});
+  std::ranges::fill(flat.Bytes(), std::byte{0xff});
+  ASSERT_EQ(QVEffectsVariance(flat, result, flat.Bounds(), 2), kQVStatusSuccess);
+  ForEachPixel(flat.Bounds(), [&](int x, int y) { EXPECT_LE(result.At<uint16_t>(x, y, 1), 16); });
+}
+
 TEST(Measure, RefuseWhatDoesNotFit) {
   TestImage rgb(kBounds, {8, 3, 0}), gray(kBounds, {8, 1, 0}), two(kBounds, {8, 2, 0}),
       six(kBounds, {8, 6, 0}), seven(kBounds, {8, 7, 0});
@@ -287,6 +336,8 @@ TEST(Measure, RefuseWhatDoesNotFit) {
   EXPECT_EQ(QVEffectsFillGradient(rgb, kBounds, gray, nullptr, four), kQVStatusBadArgument);
   EXPECT_EQ(QVEffectsFillGradient(rgb, kBounds, two, four, four), kQVStatusUnsupportedOlder);
   EXPECT_EQ(QVEffectsFillGradient(seven, kBounds, gray, other, other), kQVStatusUnsupported);
+  EXPECT_EQ(QVEffectsVariance(nullptr, gray, kBounds, 1), kQVStatusBadArgument);
+  EXPECT_EQ(QVEffectsVariance(gray, nullptr, kBounds, 1), kQVStatusBadArgument);
 
   const qv::ImageRef failing = FailingImage(kBounds, 3), mask = FailingImage(kBounds, 1);
   test::CaughtLog log;
@@ -294,6 +345,12 @@ TEST(Measure, RefuseWhatDoesNotFit) {
   EXPECT_EQ(QVEffectsGetAvgColor(failing, mask, kBounds, four, other), kQVStatusBadArgument);
   EXPECT_EQ(QVEffectsFillGradient(rgb, kBounds, mask, four, other), kQVStatusBadArgument);
   EXPECT_EQ(log.events.size(), 3u);
+  // What the blur within answers is logged there and here.
+  EXPECT_EQ(QVEffectsVariance(failing, rgb, kBounds, 1), kQVStatusUnknown2);
+  EXPECT_EQ(QVEffectsVariance(rgb, gray, kBounds, 1), kQVStatusUnsupported);
+  ASSERT_EQ(log.events.size(), 6u);
+  EXPECT_EQ(log.events[4].path, "Source/Common/QVEffects/QVEffectsVariance");
+  EXPECT_EQ(log.events[5].code, kQVStatusUnsupported);
   EXPECT_THAT(four, testing::Each(0));
 }
 

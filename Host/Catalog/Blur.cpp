@@ -7,8 +7,6 @@
 namespace catalog {
 namespace {
 
-int Radius(std::span<const Value> values) { return static_cast<int>(std::get<double>(values[0])); }
-
 Parameter AmountOfBlur() {
   return NumberOf("amount", "", 0, 1, 0, 1, "how much of the blur is taken");
 }

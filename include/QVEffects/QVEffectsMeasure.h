@@ -43,6 +43,19 @@ QVEFFECTS_API int QVEffectsAnalyzeImage(__QVImage* image, QVRect rect, float* me
 QVEFFECTS_API int QVEffectsGetAvgColor(__QVImage* image, __QVImage* mask, QVRect rect, float* color,
                                        float* weight);
 
+/** The standard deviation of each colour sample over the square around it: high at edges and in
+ *  texture, 0 in flat parts up to the rounding of the mean. Transparency is that of `src`. Around
+ *  `src` the colours at its edges go on; what falls outside `dst` is dropped. One more image of the
+ *  rectangle and its surroundings is held, of twice the depth at 8 and 16 bits.
+ *  @param src,dst source and destination: the same depth and planes, not the same image.
+ *  @param rect    what to work on. A pixel of `dst` beyond `src` needs a part of `src` within the
+ *                 radius of the rectangle.
+ *  @param radius  pixels on each side of the middle one; 0 or less is a square of one pixel.
+ *  @return 0; kQVStatusUnsupported for a depth other than 8, 16 and 32 or images that differ in
+ *          depth or planes; kQVStatusBadArgument for null or a row that can't be had; the statuses
+ *          of QVEffectsBoxBlur() and of QVImageCreateWithParams2(); kQVStatusUnknown. */
+QVEFFECTS_API int QVEffectsVariance(__QVImage* src, __QVImage* dst, QVRect rect, int radius);
+
 /** A colour that stands for a number: for marks, labels and curves that must be told apart. 0 to 11
  *  go round the circle of hues, 12 to 31 are a palette.
  *  @param index 0 to 31.
