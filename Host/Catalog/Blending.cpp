@@ -26,7 +26,7 @@ Family Blending() {
            Bind(Blend),
            "Lays another picture over this one.",
            InPlace::Yes,
-           Pixelwise,
+           kPixelwise,
            {ImageOf("with", Kind::Layer, "the picture laid over"),
             ChoiceOf(
                 "mode", kBlendModes, kQVBlendModeNormal, kQVBlendModeOverlay,

@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
-#include <cmath>
 #include <vector>
 
 #include "Rows.h"
 
 namespace catalog {
 namespace {
-
-int Radius(std::span<const Value> values) { return static_cast<int>(std::get<double>(values[0])); }
 
 Parameter AmountOfBlur() {
   return NumberOf("amount", "", 0, 1, 0, 1, "how much of the blur is taken");
@@ -42,14 +39,6 @@ std::span<const Choice> BlurModes() {
   return modes;
 }
 
-// What a Gaussian blur reads beyond a pixel: the kernel, or three boxes.
-int GaussianReach(std::span<const Value> values) {
-  const double radius = std::get<double>(values[0]);
-  if (radius < 10) return static_cast<int>(radius * 2.5 + 0.5);
-  const double sigma = radius / 1.1, k = std::floor(sigma);
-  return static_cast<int>(std::sqrt(3 * sigma * sigma - 2 * k * k) + 0.5 + 2 * k);
-}
-
 int BoxBlur(__QVImage* src, __QVImage* dst, QVRect rect, int radius, float amount) {
   return QVEffectsBoxBlurWithOffsetAndAmount(src, dst, rect, radius, {0, 0}, amount);
 }
@@ -64,7 +53,7 @@ Family Blur() {
            Bind(BoxBlur),
            "Blurs by the mean of a square.",
            InPlace::Yes,
-           Radius,
+           {"radius", kReachIsHard},
            {IntegerOf("radius", "px", 0, 200, 0, 5, "pixels on each side of the middle one"),
             AmountOfBlur()},
            kNeedsNothing,
@@ -76,7 +65,7 @@ Family Blur() {
            FUNCTION(QVEffectsGaussianBlurWithAmountAndMode),
            "Blurs by a Gaussian.",
            InPlace::Yes,
-           GaussianReach,
+           "radius",
            {NumberOf("radius", "px", 0, 250, 0, 3,
                      "standard deviation; from 10 on three box blurs take the Gaussian's place"),
             AmountOfBlur(),
@@ -91,7 +80,7 @@ Family Blur() {
            FUNCTION(QVEffectsTriangularBlur),
            "Blurs by a tent, smoother than a box and as fast.",
            InPlace::Yes,
-           Radius,
+           {Radius, kReachIsHard},
            {IntegerOf("radius", "px", 0, 200, 0, 5, "pixels on each side of the middle one")}},
       },
       {

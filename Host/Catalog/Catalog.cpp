@@ -1,15 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Catalog.h"
 
+#include <dlfcn.h>
+
 #include <algorithm>
 #include <iterator>
+#include <string>
 
 #include "Rows.h"
 
 namespace catalog {
 namespace {
 
-constexpr Family (*kFamilies[])() = {Basics, Blending, Blur, ColorModes};
+constexpr Family (*kFamilies[])() = {Basics, Blending, Blur, ColorModes, Measures};
 
 // Effects by name.
 const Family& Table() {
@@ -53,6 +56,19 @@ std::span<const Exception> Exceptions() { return Table().exceptions; }
 const Effect* Find(std::string_view name) {
   const auto found = std::ranges::find(Table().effects, name, &Effect::name);
   return found == Table().effects.end() ? nullptr : &*found;
+}
+
+int AskedOutset(const Effect& effect, std::span<const Value> values) {
+  double radius = 0;
+  for (size_t i = 0; i < effect.parameters.size(); i++) {
+    if (effect.parameters[i].name == effect.outset.radius) radius = std::get<double>(values[i]);
+  }
+  void* function = dlsym(RTLD_DEFAULT, std::string(effect.function).c_str());
+  return QVEffectsGetOutset(function, static_cast<float>(radius));
+}
+
+int OutsetOf(const Effect& effect, std::span<const Value> values) {
+  return effect.outset.own ? effect.outset.own(values) : AskedOutset(effect, values);
 }
 
 std::vector<Value> GoodValues(const Effect& effect) {

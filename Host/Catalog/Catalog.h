@@ -54,8 +54,27 @@ enum class InPlace { No, Yes };
 /// What becomes of transparency: it stays that of src, or the effect sets it.
 enum class Transparency { Kept, Set };
 
+/// What the reach of an effect is like.
+enum Reach : unsigned {
+  kReachFades = 0,
+  kReachIsHard = 1,  // the farthest samples count like the others: with one less results differ
+  kReachRounds = 2,  // sums run from the rectangle's edge: of a part, floats are rounded otherwise
+};
+
 /// How far an effect reads around each pixel; kWholeImage when a part can't be worked on alone.
-using Outset = int (*)(std::span<const Value> values);
+struct Outset {
+  using Function = int (*)(std::span<const Value> values);
+
+  std::string_view radius;  // the parameter that QVEffectsGetOutset() is asked with, if any
+  Function own;             // answers instead where that knows no finite reach
+  unsigned reach;
+
+  /// What QVEffectsGetOutset() answers.
+  constexpr Outset(const char* aRadius, unsigned aReach = kReachFades)
+      : radius(aRadius), own(nullptr), reach(aReach) {}
+  /// Known here alone.
+  constexpr Outset(Function anOwn, unsigned aReach = kReachFades) : own(anOwn), reach(aReach) {}
+};
 inline constexpr int kWholeImage = -1;
 
 /// One call: where it reads and writes, and a value for each of the effect's parameters, in order.
@@ -94,6 +113,12 @@ struct Exception {
   std::string_view reason;
 };
 std::span<const Exception> Exceptions();
+
+/// What QVEffectsGetOutset() answers about an effect with these values.
+int AskedOutset(const Effect& effect, std::span<const Value> values);
+
+/// The effect's outset with these values.
+int OutsetOf(const Effect& effect, std::span<const Value> values);
 
 /// The good value of each parameter.
 std::vector<Value> GoodValues(const Effect& effect);

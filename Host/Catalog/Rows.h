@@ -15,7 +15,12 @@ namespace catalog {
 inline constexpr Color kBlack = {0, 0, 0, 1};
 
 /// Outset of an effect that looks at one pixel at a time.
-inline int Pixelwise(std::span<const Value>) { return 0; }
+inline constexpr Outset kPixelwise("");
+
+/// Outset of an effect that the query doesn't know: its first parameter, in whole pixels.
+inline int Radius(std::span<const Value> values) {
+  return static_cast<int>(std::get<double>(values[0]));
+}
 
 inline Parameter ColorOf(std::string_view name, Color good, std::string_view help) {
   return {name, Kind::Rgba, "", 0, 1, kBlack, good, help};
@@ -53,5 +58,6 @@ Family Basics();
 Family Blur();
 Family Blending();
 Family ColorModes();
+Family Measures();
 
 }  // namespace catalog

@@ -9,5 +9,8 @@
 #include <QVEffects/QVEffectsBlur.h>
 #include <QVEffects/QVEffectsColor.h>
 #include <QVEffects/QVEffectsConvert.h>
+#include <QVEffects/QVEffectsMeasure.h>
+#include <QVEffects/QVEffectsMutex.h>
+#include <QVEffects/QVEffectsOutset.h>
 
 #endif

@@ -47,7 +47,8 @@ void PixelWord(AnyLayout) {}
 template <class T, int kPlanes, int kTransparency>
 constexpr auto PixelWord(FixedLayout<kPlanes, kTransparency>) {
   constexpr bool isLittle = std::endian::native == std::endian::little;
-  if constexpr (!isLittle || std::is_floating_point_v<T> || kPlanes % 2 == 1) {
+  if constexpr (!isLittle || std::is_floating_point_v<T> || kPlanes % 2 == 1 ||
+                kPlanes * sizeof(T) > sizeof(uint64_t)) {
     return;
   } else if constexpr (kPlanes * sizeof(T) == 2) {
     return uint16_t{};

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+// The outset query: a table of effects and how far they read.
+#include <QVEffects/QVEffects.h>
+
+#include "Utils/Outset.h"
+
+namespace {
+
+struct Row {
+  void* effect;
+  int (*outset)(float radius);
+};
+
+int NoOutset(float) { return 0; }
+
+#define ROW(effect, outset) {reinterpret_cast<void*>(effect), outset}
+
+// By how they reach, in the order of the headers. An effect that isn't here needs the whole image.
+const Row kRows[] = {
+    // One pixel at a time.
+    ROW(QVEffectsInvert, NoOutset),
+    ROW(QVEffectsFillColor, NoOutset),
+    ROW(QVEffectsCopyImage, NoOutset),
+    ROW(QVEffectsBlendImagesWithOpacitiesAndMasks, NoOutset),
+    ROW(QVEffectsBlendImages, NoOutset),
+    ROW(QVEffectsConvertImageMode, NoOutset),
+    ROW(QVEffectsAnalyzeImage, NoOutset),
+    ROW(QVEffectsGetAvgColor, NoOutset),
+    ROW(QVEffectsFillGradient, NoOutset),
+
+    // Squares.
+    ROW(QVEffectsBoxBlur, qv::RoundedOutset),
+    ROW(QVEffectsBoxBlurWithOffset, qv::RoundedOutset),
+    ROW(QVEffectsBoxBlurWithOffsetAndAmount, qv::RoundedOutset),
+    ROW(QVEffectsBoxBlurInt, qv::RoundedOutset),
+
+    // Gaussians.
+    ROW(QVEffectsGaussianBlur, qv::GaussianOutset),
+    ROW(QVEffectsGaussianBlurWithAmount, qv::GaussianOutset),
+    ROW(QVEffectsGaussianBlurWithAmountAndMode, qv::GaussianOutset),
+    ROW(QVEffectsGaussianBlurFast, qv::FastGaussianOutset),
+    ROW(QVEffectsGaussianBlurFastWithAmount, qv::FastGaussianOutset),
+    ROW(QVEffectsGaussianBlurTrue, qv::TrueGaussianOutset),
+    ROW(QVEffectsGaussianBlurTrueWithAmount, qv::TrueGaussianOutset),
+};
+
+}  // namespace
+
+int QVEffectsGetOutset(void* effect, float radius) {
+  for (const Row& row : kRows) {
+    if (row.effect == effect) return row.outset(radius);
+  }
+  return -1;
+}
