@@ -103,7 +103,7 @@ TEST(BoxBlur, TakesAnyBox) {
   }
 }
 
-// Sums beyond 32 bits, and huge boxes: white stays white, and the mean of halves is between them.
+// Sums beyond 32 bits, and boxes much larger than the image.
 TEST(BoxBlur, SumsAnyNumberOfSamples) {
   for (const auto& [form, height, radius] : {std::tuple{Form{8, 1, 0}, 4500, 2051},
                                              {Form{8, 1, 0}, 4500, 2052},
@@ -174,6 +174,39 @@ TEST(BoxBlur, WritesAtTheOffset) {
   EXPECT_EQ(std::memcmp(dst.Address(0, 4), src.Address(-3, 9), 17 * 4), 0);
 }
 
+TEST(BoxBlur, WorksInPlaceBeneathABoxAbove) {
+  for (const auto residency : {Residency::kMemory, Residency::kCallbacks}) {
+    TestImage src(kBounds, {8, 3, 0}, residency), dst(kBounds, {8, 3, 0});
+    ASSERT_EQ(QVEffectsBoxBlurWithAmount(src, dst, kBounds, -1, 1, -3, -1, 1), 0);
+    ASSERT_EQ(QVEffectsBoxBlurWithAmount(src, src, kBounds, -1, 1, -3, -1, 1), 0);
+    EXPECT_EQ(src.Bytes(), dst.Bytes());
+  }
+}
+
+// Above, below and beside the source.
+TEST(Blurs, AreEmptyOutsideTheSource) {
+  for (const Form& form : {Form{8, 4, 1}, {16, 2, 1}, {32, 4, 1}}) {
+    TestImage src({0, 0, 7, 5}, form), dst({-2, -3, 11, 11}, form, Residency::kMemory, 2);
+    const QVRect all = dst.Bounds();
+    const auto expectEmpty = [&](const char* blur) {
+      for (const auto& [x, y] : {std::pair{3, -1}, {3, 5}, {3, 7}, {-1, 2}, {8, 2}, {-2, -3}}) {
+        EXPECT_EQ(dst.Value(x, y, form.planes - 1), 0) << blur << " at " << x << ", " << y;
+      }
+      EXPECT_EQ(dst.Value(3, 4, form.planes - 1), src.Value(3, 4, form.planes - 1)) << blur;
+    };
+    ASSERT_EQ(QVEffectsBoxBlur(src, dst, all, 2), 0);
+    expectEmpty("box");
+    ASSERT_EQ(QVEffectsTriangularBlur(src, dst, all, 2), 0);
+    expectEmpty("triangular");
+    ASSERT_EQ(QVEffectsGaussianBlur(src, dst, all, 2), 0);
+    expectEmpty("Gaussian");
+    ASSERT_EQ(QVEffectsGaussianBlur(src, dst, all, 12), 0);
+    expectEmpty("fast Gaussian");
+    ASSERT_EQ(QVEffectsGaussianBlurFast(src, dst, all, 1), 0);
+    expectEmpty("one box");
+  }
+}
+
 TEST(BoxBlur, Refuses) {
   TestImage src(kBounds, {8, 3, 0}), dst(kBounds, {8, 3, 0}, Residency::kMemory, 2);
   const auto before = dst.Bytes();
@@ -208,7 +241,7 @@ Expected TentOf(int radius) {
   };
 }
 
-// Among the radii are those at which sums pass 32 bits.
+// Among the radii are those at which sums pass 31 bits.
 TEST(TriangularBlur, IsTheTentOfTheWindow) {
   for (const Form& form : test::kForms) {
     for (const QVRect& rect : kRects) {
@@ -281,7 +314,7 @@ TEST(GaussianBlur, IsTheConvolution) {
 
 // Three boxes, one after the other, each on what the last one made of a wider rectangle.
 TEST(GaussianBlur, IsThreeBoxesWhenFast) {
-  // 3 (radius / 1.1)^2 - 2 k^2: radius 10 takes boxes of 9, 9 and 9 pixels, 4 of 5, 3 and 3.
+  // 3 (radius / 1.1)^2 - 2 k^2: radius 10 takes radii of 9, 9 and 9, 4 of 5, 3 and 3.
   for (const auto& [radius, first, other] : {std::tuple{10.0f, 9, 9}, {4.0f, 5, 3}, {1.0f, 2, 0}}) {
     for (const Form& form : test::kForms) {
       SCOPED_TRACE(testing::Message() << form << ", radius " << radius);
@@ -305,6 +338,7 @@ TEST(GaussianBlur, IsThreeBoxesWhenFast) {
 
 // Each mode is that of a blend of the blurred picture over its source.
 TEST(GaussianBlur, TakesModes) {
+  const test::CaughtLog silence;
   constexpr Form kFloats = {32, 3, 0};
   TestImage src(kBounds, kFloats), blurred(kBounds, kFloats), blended(kBounds, kFloats),
       dst(kBounds, kFloats);

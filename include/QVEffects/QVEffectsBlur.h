@@ -23,7 +23,8 @@ extern "C" {
  *  The mean of a rectangle around each pixel, at the same cost whatever its size. All return 0;
  *  kQVStatusBadArgument for null or a box turned inside out; kQVStatusUnsupported for a depth other
  *  than 8, 16 and 32 or images that differ in depth or planes; kQVStatusUnknown2 for a row that
- *  can't be had, too little memory or a box of more than 2^46 pixels. The copy that takes the place
+ *  can't be had, too little memory or a box of more than 2^46 pixels (2^32 in images of integers of
+ *  32 bits) or, at 32 bits, 2^20 rows. The copy that takes the place
  *  of an empty blur has the statuses of QVEffectsCopyImage(). */
 /** @{ */
 
@@ -80,7 +81,7 @@ QVEFFECTS_API int QVEffectsTriangularBlur(__QVImage* src, __QVImage* dst, QVRect
  *  at 2.5 times that; its cost grows with the radius. The fast one is three box blurs that together
  *  have the variance of a Gaussian of standard deviation radius / 1.1, at the same cost whatever
  *  the radius (W. M. Wells, "Efficient Synthesis of Gaussian Filters by Cascaded Uniform Filters",
- *  1986); it holds one more image of the size of `rect`.
+ *  1986) on one more image, which is larger than `rect` by 1.8 times the radius on each side.
  *
  *  Modes: all that work on each colour sample alone, that is all but hue, saturation, color,
  *  luminosity, lighter-color and darker-color; and the reverse forms of color-dodge, divide,
@@ -90,10 +91,11 @@ QVEFFECTS_API int QVEffectsTriangularBlur(__QVImage* src, __QVImage* dst, QVRect
  *
  *  All copy where radius or amount is 0 or less, and where the radius is NaN or too small to blur
  *  (below 0.2). They return 0; kQVStatusUnsupported for a depth other than 8, 16 and 32 or images
- *  that differ in depth or planes; kQVStatusBadArgument for null, another mode or, in the true blur
- *  and in modes other than normal, a row that can't be had; kQVStatusUnknown2, in the fast blur,
- *  for a row that can't be had or too little memory; kQVStatusUnknown3, in the true blur, for too
- *  little memory; the status of QVImageCreateWithParams2() for the fast blur's image. */
+ *  that differ in depth or planes; kQVStatusBadArgument for null or another mode;
+ *  kQVStatusBadArgument in the true blur, kQVStatusUnknown2 or kQVStatusBadArgument in the fast one
+ *  for a row that can't be had; kQVStatusUnknown3 in the true blur, kQVStatusUnknown2 in the fast
+ *  one for too little memory or a radius beyond all measure; the status of
+ *  QVImageCreateWithParams2() for the fast blur's image. */
 /** @{ */
 
 /** The true blur at a radius below 10, else the fast one.

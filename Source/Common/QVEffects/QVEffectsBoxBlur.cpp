@@ -13,12 +13,23 @@ namespace {
 constexpr const char* kSource = "Source/Common/QVEffects/QVEffectsBoxBlur";
 constexpr qv::Where kMissingRow = {kSource, 107};
 
-// Boxes beyond this many pixels aren't summed: sums stay far from the end of their type.
+// Larger boxes aren't summed: the sums of integers of 16 bits fit 63 bits, and those of floats,
+// which can't be had by multiplying, are done some day.
 constexpr int64_t kMostPixels = int64_t{1} << 46;
+constexpr int64_t kMostRows = int64_t{1} << 20;
+// The same for integers of 32 bits, whose sums then fit 64 bits.
+constexpr int64_t kMostPixelsOfIntegers = int64_t{1} << 32;
 
 // ---- From sums to samples
 
-// Sums below 2^31 become floats in whole vectors; the longer ones are as exact.
+// A sum as a float. Those of integers lie below the highest bit of their type, which is unsigned
+// so that samples beyond a row may be summed whatever they are.
+template <class Acc>
+float ToFloat(Acc sum) {
+  return static_cast<float>(static_cast<std::make_signed_t<Acc>>(sum));
+}
+
+// Whether sums stay below 2^31: they become floats in whole vectors.
 template <class T>
 bool FitsInt(int64_t count) {
   return count <= 0x7fffffff / static_cast<int64_t>(qv::Sample<T>::kMax);
@@ -33,7 +44,7 @@ qv::BoxMix<T, Acc> Mean(int64_t count) {
       if constexpr (std::is_floating_point_v<T>) {
         out[i] = static_cast<float>(static_cast<double>(scale) * sums[i]);
       } else {
-        out[i] = qv::Rounded<T>(static_cast<float>(sums[i]) * scale);
+        out[i] = qv::Rounded<T>(ToFloat(sums[i]) * scale);
       }
     }
   };
@@ -53,8 +64,7 @@ qv::BoxMix<T, Acc> NormalMix(int64_t count, float amount) {
         out[i] = static_cast<float>(static_cast<double>(base[i] * keep) +
                                     static_cast<double>(scale) * sums[i]);
       } else {
-        out[i] = qv::Rounded<T>(static_cast<float>(base[i]) * keep +
-                                static_cast<float>(sums[i]) * scale);
+        out[i] = qv::Rounded<T>(static_cast<float>(base[i]) * keep + ToFloat(sums[i]) * scale);
       }
     }
   };
@@ -72,7 +82,7 @@ qv::BoxMix<T, Acc> ModeMix(int64_t count, qv::BlurMixer& mixer) {
         if constexpr (std::is_floating_point_v<T>) {
           top[i] = static_cast<float>(static_cast<double>(scale) * sums[x + i]);
         } else {
-          top[i] = static_cast<float>(sums[x + i]) * scale;
+          top[i] = ToFloat(sums[x + i]) * scale;
         }
       }
       mixer.Mix(base + x, out + x, some);
@@ -81,9 +91,9 @@ qv::BoxMix<T, Acc> ModeMix(int64_t count, qv::BlurMixer& mixer) {
 }
 
 // Unsigned integers of 32 bits, whose means come out in single precision.
-qv::BoxMix<uint32_t, int64_t> MeanOfIntegers(int64_t count) {
+qv::BoxMix<uint32_t, uint64_t> MeanOfIntegers(int64_t count) {
   const float scale = 1.0f / static_cast<float>(count);
-  return [=](const uint32_t*, const int64_t* sums, uint32_t* out, int64_t samples) {
+  return [=](const uint32_t*, const uint64_t* sums, uint32_t* out, int64_t samples) {
     for (int64_t i = 0; i < samples; i++) {
       const float mean = static_cast<float>(sums[i]) * scale + 0.5f;
       out[i] = mean < 4294967296.0f ? static_cast<uint32_t>(mean) : 0xffffffff;
@@ -100,9 +110,9 @@ int DispatchSums(int depth, int64_t count, F&& f) {
     if constexpr (std::is_floating_point_v<T>) {
       return f.template operator()<T, double>();
     } else if (FitsInt<T>(count)) {
-      return f.template operator()<T, int32_t>();
+      return f.template operator()<T, uint32_t>();
     } else {
-      return f.template operator()<T, int64_t>();
+      return f.template operator()<T, uint64_t>();
     }
   });
 }
@@ -112,7 +122,7 @@ VRect SquareBox(int radius) {
   return {first, first, radius, radius};
 }
 
-// The boundary of all passes, behind the tests that they share.
+// The boundary of a pass that answers with a status, behind the tests that such passes share.
 template <class Body>
 int GuardPass(const qv::BoxCall& call, Body&& body) {
   if (!call.base || !call.source || !call.dst) return kQVStatusBadArgument;
@@ -121,8 +131,9 @@ int GuardPass(const qv::BoxCall& call, Body&& body) {
     if (!qv::HaveSamePixels(call.source, call.dst) || !qv::HaveSamePixels(call.base, call.dst)) {
       return kQVStatusUnsupported;
     }
-    const bool isHuge = call.Span() >= kMostPixels / call.Rows();
-    return isHuge ? kQVStatusUnknown2 : body();
+    if (call.Span() >= kMostPixels / call.Rows()) return kQVStatusUnknown2;
+    const bool isLong = QVImageGetDepth(call.source) == 32 && call.Rows() > kMostRows;
+    return isLong ? kQVStatusUnknown2 : body();
   });
 }
 
@@ -172,6 +183,11 @@ int LastPass(const qv::BoxCall& call, QVRect rect, float amount, QVBlendMode mod
 int GaussianBlurFast(__QVImage* src, __QVImage* dst, QVRect rect, float radius, float amount,
                      QVBlendMode mode) {
   const qv::GaussianBoxes boxes(radius);
+  if (rect.width <= 0 || rect.height <= 0) {
+    const bool isMode = qv::FindBlurMix(mode, amount).has_value();
+    qv::Check(isMode ? kQVStatusSuccess : kQVStatusBadArgument, {kSource, 293});
+    return kQVStatusSuccess;
+  }
   const QVRect wide = QVRectOutset(rect, VRect::Held(2 * int64_t{boxes.other}));
   qv::ImageRef blurred;
   qv::Check(CreateImageNoCopy(dst, blurred.Receive(), &wide), {kSource, 272});
@@ -208,8 +224,9 @@ int QVEffectsBoxBlurInt(__QVImage* src, __QVImage* dst, QVRect rect, int left, i
                         int bottom) {
   const qv::BoxCall call = {src, src, dst, MakeVRect(rect), {top, left, bottom, right}};
   if (!src || QVImageGetDepth(src) != 32) return BoxBlur(call, 1.0f);
-  return GuardPass(call, [&] {
-    return qv::FilterBox<uint32_t, int64_t>(call, kMissingRow, MeanOfIntegers(call.Count()));
+  return GuardPass(call, [&]() -> int {
+    if (call.Count() > kMostPixelsOfIntegers) return kQVStatusUnknown2;
+    return qv::FilterBox<uint32_t, uint64_t>(call, kMissingRow, MeanOfIntegers(call.Count()));
   });
 }
 
@@ -230,7 +247,9 @@ int QVEffectsGaussianBlurFastWithAmountAndMode(__QVImage* src, __QVImage* dst, Q
   if (!qv::HaveSamePixels(src, dst)) return kQVStatusUnsupported;
   // What is written outside would be dropped.
   const QVRect inside = QVRectIntersect(rect, QVImageGetBounds(dst));
-  if (inside.width <= 0 || inside.height <= 0) return kQVStatusSuccess;
-  return qv::Guard(kSource, kQVStatusUnknown2,
-                   [&] { return GaussianBlurFast(src, dst, inside, radius, amount, mode); });
+  return qv::Guard(kSource, kQVStatusUnknown2, [&] {
+    return qv::DispatchDepth(QVImageGetDepth(src), [&]<class T>() {
+      return GaussianBlurFast(src, dst, inside, radius, amount, mode);
+    });
+  });
 }

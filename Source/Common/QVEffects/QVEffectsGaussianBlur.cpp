@@ -92,7 +92,7 @@ void AddRows(const Kernel& kernel, const float* const* rows, int first, int coun
 }
 
 // Across rows, for kRows rows at once: rows[0] to rows[size - 1] make the first, each row one
-// further down the next. Samples up to whole blocks are made.
+// further down the next.
 void ConvolveAcross(const Kernel& kernel, const float* const* rows, int64_t samples,
                     float* const (&out)[kRows]) {
   constexpr int kMany = 8;  // rows read side by side, as many as the processor reads ahead in
@@ -179,9 +179,9 @@ void MixRow(const qv::BlurMix& mix, qv::BlurMixer& mixer, const T* base, const f
     if (layout.transparency) SpreadColors(colors, pixels, layout, spread);
     const T* from = base + x * layout.planes;
     T* to = out + x * layout.planes;
-    if (from == to) {
-      // In place: base and out never overlap in what follows.
-      std::memcpy(held, from, sizeof(T) * pixels * layout.planes);
+    const size_t bytes = sizeof(T) * pixels * layout.planes;
+    if (qv::Overlap(from, to, bytes)) {
+      std::memcpy(held, from, bytes);
       from = held;
     }
     MixSamples(mix, mixer, from, layout.transparency ? spread : colors, to, pixels * layout.planes);
@@ -277,9 +277,7 @@ int QVEffectsGaussianBlurTrueWithAmountAndMode(__QVImage* src, __QVImage* dst, Q
     return qv::DispatchDepth(QVImageGetDepth(src), [&]<class T>() -> int {
       const std::optional<qv::BlurMix> mix = qv::FindBlurMix(mode, amount);
       if (!mix) return kQVStatusBadArgument;
-      if (!qv::HaveSamePixels(src, dst) || QVImageGetNumPlanes(src) > qv::kStripPixels) {
-        return kQVStatusUnsupported;
-      }
+      if (!qv::HaveSamePixels(src, dst)) return kQVStatusUnsupported;
       return qv::DispatchLayout(
           QVImageGetNumPlanes(src), QVImageGetTransparency(src),
           [&](auto layout) { return GaussianBlur<T>(radius, *mix, src, dst, rect, layout); });

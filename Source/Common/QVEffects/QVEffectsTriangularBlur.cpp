@@ -272,7 +272,9 @@ void StoreRow(float scale, const Acc* __restrict sums, T* __restrict out, int64_
     if constexpr (std::is_floating_point_v<T>) {
       out[i] = static_cast<float>(static_cast<double>(scale) * sums[i]);
     } else {
-      out[i] = qv::Rounded<T>(static_cast<float>(sums[i]) * scale);
+      // Unsigned, so that samples beyond a row may be summed whatever they are.
+      const auto sum = static_cast<std::make_signed_t<Acc>>(sums[i]);
+      out[i] = qv::Rounded<T>(static_cast<float>(sum) * scale);
     }
   }
 }
@@ -323,9 +325,9 @@ int TriangularBlur(__QVImage* src, __QVImage* dst, VRect rect, int radius) {
     if constexpr (std::is_floating_point_v<T>) {
       return BlurRows<T, double>(src, target, rect, radius, layout);
     } else if (FitsInt<T>(radius)) {
-      return BlurRows<T, int32_t>(src, target, rect, radius, layout);
+      return BlurRows<T, uint32_t>(src, target, rect, radius, layout);
     } else {
-      return BlurRows<T, int64_t>(src, target, rect, radius, layout);
+      return BlurRows<T, uint64_t>(src, target, rect, radius, layout);
     }
   });
 }

@@ -18,7 +18,7 @@ struct BlurMix {
 };
 
 /// The mix of a mode that blurs take: those that work on each sample alone, and the reverse forms
-/// of the ones among them whose layers aren't alike, but for pin light.
+/// of ten of them.
 std::optional<BlurMix> FindBlurMix(QVBlendMode mode, float amount);
 
 /// The last step of a blur with a mode, on up to kStripPixels samples whatever their plane.

@@ -224,8 +224,10 @@ int FilterBox(const BoxCall& call, Where missing, const BoxMix<T, Acc>& mix) {
   if (rect.IsEmpty()) return kQVStatusSuccess;
   const int width = rect.right - rect.left;
   const int planes = QVImageGetNumPlanes(call.dst);
+  // A row is read before it's written, also beneath a box that lies wholly above it.
+  const int64_t ahead = std::max(call.box.bottom, 0);
   RowWindow<T> rows(call.source, int64_t{rect.left} + call.box.left, width + call.Span(),
-                    call.Rows() + 1, missing);
+                    ahead - call.box.top + 2, missing);
   // The rows that are summed are those of base where they are the same pixels.
   const bool holdsBase = call.base == call.source && call.HoldsPixel();
   std::optional<RowWindow<T>> baseRows;
@@ -245,6 +247,7 @@ int FilterBox(const BoxCall& call, Where missing, const BoxMix<T, Acc>& mix) {
     }
     for (int y = rect.top; y < rect.bottom; y++) {
       const bool moves = y > rect.top;
+      rows.Row(y + ahead);
       const T* entering = moves ? rows.Row(int64_t{y} + call.box.bottom) : nullptr;
       sums.StartRow(moves ? rows.Row(int64_t{y} + call.box.top - 1) : nullptr, entering);
       const T* base = holdsBase ? rows.Row(y) - int64_t{call.box.left} * planes : baseRows->Row(y);

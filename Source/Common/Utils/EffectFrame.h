@@ -63,11 +63,13 @@ auto DispatchRGBLayout(int planes, int transparency, F&& f) {
   }
 }
 
-/// Whether the samples of a pixel lie side by side, and so do pixels. A core library of the host's
-/// own might not promise it.
+/// Whether the samples of a pixel lie side by side, and so do pixels, and there are no more of them
+/// than the core library makes. One of the host's own might not promise it.
 inline bool IsPacked(__QVImage* image) {
+  constexpr int kMostPlanes = 64;
   const int planes = QVImageGetNumPlanes(image);
-  return planes > 0 && QVImageGetColBytes(image) == planes * QVImageGetPlaneBytes(image);
+  return planes > 0 && planes <= kMostPlanes &&
+         QVImageGetColBytes(image) == planes * QVImageGetPlaneBytes(image);
 }
 
 /// Whether pixels of one image can be read and written as those of the other.
@@ -85,13 +87,18 @@ inline bool FitsChunk(__QVImage* image) {
          QVImageGetColBytes(image) <= static_cast<int>(kChunkBytes);
 }
 
+/// Whether two ranges of bytes have some in common.
+inline bool Overlap(const void* a, const void* b, size_t bytes) {
+  const auto begin = reinterpret_cast<uintptr_t>(a), other = reinterpret_cast<uintptr_t>(b);
+  return begin + bytes > other && other + bytes > begin;
+}
+
 /// Takes the pixels of a row from `from` to `to` by row(in, out, pixels, layout). Where the two
 /// overlap, `row` works into a chunk, so that its pointers never do.
 template <class T, class Layout, class Row>
 void MapRow(const T* from, T* to, int pixels, Layout layout, Row& row) {
-  const auto begin = reinterpret_cast<uintptr_t>(from), other = reinterpret_cast<uintptr_t>(to);
   const size_t bytes = static_cast<size_t>(pixels) * layout.planes * sizeof(T);
-  if (begin + bytes <= other || other + bytes <= begin) return row(from, to, pixels, layout);
+  if (!Overlap(from, to, bytes)) return row(from, to, pixels, layout);
 
   alignas(64) T chunk[kChunkBytes / sizeof(T)];
   const int most = static_cast<int>(kChunkBytes / sizeof(T)) / layout.planes;  // at least 1

@@ -17,8 +17,8 @@ namespace qv {
 template <class T>
 using MakeRow = std::function<void(const void* pixels, T* row)>;
 
-/// Above and below the image its first and last row go on; they are kept once. So a window takes at
-/// most the memory of the image, however high it is.
+/// Above and below the image its first and last row go on, without transparency; they are kept once
+/// each. So a window takes no more rows than the image has, but for two.
 template <class T>
 class RowWindow {
  public:
@@ -44,25 +44,22 @@ class RowWindow {
         mWidth(InRange(width, where)),
         mSamples(samples),
         mStride((mSamples + kSlack + 63) / 64 * 64),
-        mSlots(std::clamp<int64_t>(rows, 1, std::max(Height(), int64_t{1}))),
+        mSlots(std::clamp<int64_t>(rows, 1, MostRows())),
         mRows(mStride * mSlots) {}
 
   /// How many of the rows y to `last` are the same row.
   int64_t Repeats(int64_t y, int64_t last) const {
-    const int64_t end = int64_t{mSource.bounds.bottom} - 1;
-    if (y >= end) return last - y + 1;
-    return std::clamp<int64_t>(mSource.bounds.top - y + 1, 1, last - y + 1);
+    if (y >= mSource.bounds.bottom) return last - y + 1;
+    return std::clamp<int64_t>(mSource.bounds.top - y, 1, last - y + 1);
   }
 
   /// Row y. Rows are asked for from top to bottom; one stays until the window has left it.
   const T* Row(int64_t y) {
-    const int64_t last = int64_t{mSource.bounds.bottom} - 1;
-    const int64_t row = std::max<int64_t>(std::min(y, last), mSource.bounds.top);
+    const int64_t row = std::clamp<int64_t>(y, First(), int64_t{mSource.bounds.bottom});
     if (mIsFresh) mNext = row;
     mIsFresh = false;
     for (; mNext <= row; mNext++) {
-      const void* pixels =
-          Required(mSource.ReadRow(static_cast<int>(mNext), mLeft, mWidth), mWhere);
+      const void* pixels = Required(mSource.ReadRow(VRect::Held(mNext), mLeft, mWidth), mWhere);
       if (mMake) {
         mMake(pixels, Slot(mNext));
       } else {
@@ -77,8 +74,10 @@ class RowWindow {
     if (VRect::Held(value) != value) Fail(kQVStatusBadArgument, where);
     return static_cast<int>(value);
   }
-  int64_t Height() const { return int64_t{mSource.bounds.bottom} - mSource.bounds.top; }
-  T* Slot(int64_t row) { return mRows.Get() + (row - mSource.bounds.top) % mSlots * mStride; }
+  // The row above the image stands for all there, as the one below it does.
+  int64_t First() const { return int64_t{mSource.bounds.top} - 1; }
+  int64_t MostRows() const { return mSource.bounds.bottom - First() + 1; }
+  T* Slot(int64_t row) { return mRows.Get() + (row - First()) % mSlots * mStride; }
 
   QVImageAccess mSource;
   Where mWhere;
