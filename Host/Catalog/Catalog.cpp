@@ -9,7 +9,7 @@
 namespace catalog {
 namespace {
 
-constexpr Family (*kFamilies[])() = {Basics, Blending, Blur, ColorModes};
+constexpr Family (*kFamilies[])() = {Basics, Blending, Blur, ColorModes, SurfaceBlur};
 
 // Effects by name.
 const Family& Table() {

@@ -53,5 +53,6 @@ Family Basics();
 Family Blur();
 Family Blending();
 Family ColorModes();
+Family SurfaceBlur();
 
 }  // namespace catalog

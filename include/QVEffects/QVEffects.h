@@ -9,5 +9,6 @@
 #include <QVEffects/QVEffectsBlur.h>
 #include <QVEffects/QVEffectsColor.h>
 #include <QVEffects/QVEffectsConvert.h>
+#include <QVEffects/QVEffectsSurfaceBlur.h>
 
 #endif

@@ -1,0 +1,339 @@
+// SPDX-License-Identifier: Apache-2.0
+// Histograms of the values in a window that moves over an image: a few bins, each with the sum and
+// the count of the samples in it. A pixel is blurred by the means of the bins that lie near its own
+// value, at a cost that doesn't depend on the window.
+//
+// Integer sums are exact in any order. Float sums are not: there the order of additions is part of
+// the result, so that integers and floats have an engine each.
+#pragma once
+
+#include <cmath>
+#include <cstdint>
+#include <type_traits>
+
+#include "EffectFrame.h"
+#include "RowWindow.h"
+
+namespace qv {
+
+/// How near a mean must lie to take part, and how the result is mixed with the pixel.
+struct BinMix {
+  float inverse;  // of the distance at which a mean counts no more
+  float keep, amount;
+};
+
+/// The bin of a sample. Floats outside 0 to 1 belong to the bins at the ends, NaN to the first.
+template <int kBins, class T>
+int BinOf(T sample) {
+  if constexpr (std::is_floating_point_v<T>) {
+    // 1 stays in the last bin.
+    constexpr float kScale = kBins == 8 ? 7.9999919f : 3.9999959f;
+    float scaled = sample * kScale;
+    scaled = scaled > 0.0f ? scaled : 0.0f;
+    scaled = scaled < kBins - 1.0f ? scaled : kBins - 1.0f;
+    return static_cast<int>(scaled);
+  } else {
+    return sample / ((1 << (8 * sizeof(T))) / kBins);
+  }
+}
+
+/// Pixels that are worked side by side.
+inline constexpr int kBinLanes = 16;
+
+/// Adds up what the bins give to each of the pixels `p`, bin after bin, and mixes it with them.
+/// @param sums,counts of the bins, for each pixel.
+template <class T, int kBins, class Sum, class Count>
+void MixBins(const Sum (&__restrict sums)[kBins][kBinLanes],
+             const Count (&__restrict counts)[kBins][kBinLanes],
+             const float (&__restrict p)[kBinLanes], BinMix mix, T* __restrict out) {
+  alignas(64) float num[kBinLanes] = {}, den[kBinLanes] = {};
+  for (int b = 0; b < kBins; b++) {
+    for (int l = 0; l < kBinLanes; l++) {
+      const auto sum = static_cast<float>(sums[b][l]);
+      const auto count = static_cast<float>(counts[b][l]);
+      const float mean = sum / (count > 1.0f ? count : 1.0f);
+      const float near = 1.0f - std::abs(mean - p[l]) * mix.inverse;
+      const float weight = near > 0.0f ? near : 0.0f;
+      num[l] += sum * weight;
+      den[l] += weight * count;
+    }
+  }
+  for (int l = 0; l < kBinLanes; l++) {
+    const float mixed = p[l] * mix.keep + num[l] / den[l] * mix.amount;
+    out[l] = Rounded<T>(den[l] > 0.0f ? mixed : p[l]);
+  }
+}
+
+/// The blur of integer images. The columns of the window are cut into 16 runs, lanes, which lie
+/// side by side in memory: histograms move along all lanes at once, each vector being one bin of 16
+/// pixels. Each column has a histogram of its own, moved from row to row; a pixel's is the sum over
+/// its columns, moved from pixel to pixel.
+///
+/// @tparam Word holds the sum and the count of a column's bin, and with 32 bits the sum of a
+///              window's bin in its lower 31.
+template <class T, int kBins, class Word>
+class LaneBlur {
+ public:
+  /// The largest radius whose sums and counts fit.
+  static constexpr int kMostRadius =
+      sizeof(Word) == 8 ? (1 << 23) - 1 : (sizeof(T) == 1 ? 1450 : 90);
+
+  /// @param rect what is blurred, not empty.
+  LaneBlur(__QVImage* src, VRect rect, int radius, BinMix mix, Where where)
+      : mMix(mix),
+        mRadius(radius),
+        mWidth(int64_t{rect.right} - rect.left),
+        mColumns(mWidth + 2 * mRadius),
+        mLength((mWidth + kBinLanes - 1) / kBinLanes),
+        mStride(kBinLanes + (mLength - 1 + 2 * mRadius) / mLength),
+        mSize(mLength * mStride),
+        mPlanes(QVImageGetNumPlanes(src)),
+        mColors(mPlanes - QVImageGetTransparency(src)),
+        mTop(QVImageGetBounds(src).y),
+        mLast(mTop + std::max(QVImageGetHeight(src), 1) - 1),
+        mSlots(std::min(2 * mRadius + 2, mLast - mTop + 1)),
+        mRaw(src, int64_t{rect.left} - radius, mColumns, 1, where),
+        mRows(mSlots * mPlanes * mSize),
+        mBins(mColors * kBins * mSize),
+        mBlurred(mColors * mLength * kBinLanes),
+        mNext(Held(rect.top - mRadius)),
+        mFirst(rect.top) {}
+
+  /// The result of row y, in order from the top. What it needs is read before it returns.
+  void Row(int64_t y, T* out) {
+    Move(y);
+    const T* base = Slot(Held(y));
+    for (int c = 0; c < mColors; c++) {
+      BlurPlane(mBins.Get() + c * kBins * mSize, base + c * mSize,
+                mBlurred.Get() + c * mLength * kBinLanes);
+    }
+    for (int64_t i = 0; i < mLength; i++) {
+      const int64_t at = At(i + mRadius);
+      for (int64_t x = i, lane = 0; x < mWidth; x += mLength, lane++) {
+        T* pixel = out + x * mPlanes;
+        for (int c = 0; c < mColors; c++) {
+          pixel[c] = mBlurred.Get()[(c * mLength + i) * kBinLanes + lane];
+        }
+        for (int c = mColors; c < mPlanes; c++) pixel[c] = base[c * mSize + at + lane];
+      }
+    }
+  }
+
+ private:
+  using Sum = std::make_signed_t<Word>;
+  static constexpr int kCountShift = sizeof(Word) == 8 ? 40 : (sizeof(T) == 1 ? 20 : 24);
+  static constexpr Word kOne = Word{1} << kCountShift;
+
+  // The row of the image that stands for row y.
+  int64_t Held(int64_t y) const { return std::max(std::min(y, mLast), mTop); }
+  // Where a column lies: for the columns of a pixel in each lane, where the first one does.
+  int64_t At(int64_t column) const { return column % mLength * mStride + column / mLength; }
+  T* Slot(int64_t row) { return mRows.Get() + (row - mTop) % mSlots * mPlanes * mSize; }
+
+  // A row of the image, its planes apart and cut into lanes.
+  const T* Spread(int64_t y) {
+    const int64_t row = Held(y);
+    for (; mNext <= row; mNext++) {
+      const T* raw = mRaw.Row(mNext);
+      T* slot = Slot(mNext);
+      for (int64_t i = 0; i < mLength; i++) {
+        for (int64_t x = i, lane = i * mStride; x < mColumns; x += mLength, lane++) {
+          for (int c = 0; c < mPlanes; c++) slot[c * mSize + lane] = raw[x * mPlanes + c];
+        }
+      }
+    }
+    return Slot(row);
+  }
+
+  // Brings the columns to the rows around y.
+  void Move(int64_t y) {
+    if (y == mFirst) {
+      int64_t times;
+      for (int64_t at = y - mRadius; at <= y + mRadius; at += times) {
+        // Rows outside the image are all alike.
+        times = at < mTop ? std::min(mTop, y + mRadius) + 1 - at : 1;
+        if (at >= mLast) times = y + mRadius + 1 - at;
+        Exchange(Spread(at), static_cast<Word>(times), nullptr);
+      }
+      return;
+    }
+    const int64_t entering = Held(y + mRadius), leaving = Held(y - mRadius - 1);
+    if (entering != leaving) Exchange(Spread(entering), 1, Slot(leaving));
+  }
+
+  void Exchange(const T* entering, Word times, const T* leaving) {
+    for (int c = 0; c < mColors; c++) {
+      Word* bins = mBins.Get() + c * kBins * mSize;
+      leaving ? ReplaceRow(entering + c * mSize, leaving + c * mSize, bins, mSize)
+              : AddRow(entering + c * mSize, times, bins, mSize);
+    }
+  }
+
+  static void AddRow(const T* __restrict row, Word times, Word* __restrict bins, int64_t size) {
+    for (int64_t i = 0; i < size; i++)
+      bins[BinOf<kBins>(row[i]) * size + i] += (row[i] | kOne) * times;
+  }
+
+  static void ReplaceRow(const T* __restrict entering, const T* __restrict leaving,
+                         Word* __restrict bins, int64_t size) {
+    for (int64_t i = 0; i < size; i++) {
+      const Word in = entering[i] | kOne, out = leaving[i] | kOne;
+      const int inBin = BinOf<kBins>(entering[i]), outBin = BinOf<kBins>(leaving[i]);
+      for (int b = 0; b < kBins; b++) {
+        bins[b * size + i] += (inBin == b ? in : 0) - (outBin == b ? out : 0);
+      }
+    }
+  }
+
+  void BlurPlane(const Word* __restrict bins, const T* __restrict base, T* __restrict out) const {
+    // Of the window but for the column that enters next.
+    alignas(64) Sum sums[kBins][kBinLanes] = {}, counts[kBins][kBinLanes] = {};
+    for (int64_t i = 0; i < 2 * mRadius; i++) {
+      for (int b = 0; b < kBins; b++) {
+        Change(bins + b * mSize + At(i), 1, sums[b], counts[b]);
+      }
+    }
+    for (int64_t i = 0; i < mLength; i++) {
+      for (int b = 0; b < kBins; b++) {
+        Change(bins + b * mSize + At(i + 2 * mRadius), 1, sums[b], counts[b]);
+      }
+      alignas(64) float p[kBinLanes];
+      const T* centre = base + At(i + mRadius);
+      for (int l = 0; l < kBinLanes; l++) p[l] = static_cast<float>(centre[l]);
+      MixBins<T, kBins>(sums, counts, p, mMix, out + i * kBinLanes);
+      for (int b = 0; b < kBins; b++) Change(bins + b * mSize + At(i), -1, sums[b], counts[b]);
+    }
+  }
+
+  static void Change(const Word* __restrict column, Sum sign, Sum* __restrict sums,
+                     Sum* __restrict counts) {
+    for (int l = 0; l < kBinLanes; l++) {
+      sums[l] += sign * static_cast<Sum>(column[l] & (kOne - 1));
+      counts[l] += sign * static_cast<Sum>(column[l] >> kCountShift);
+    }
+  }
+
+  BinMix mMix;
+  int64_t mRadius, mWidth;
+  int64_t mColumns;          // of all windows
+  int64_t mLength, mStride;  // columns of a lane; lanes, those right of the 16th included
+  int64_t mSize;             // of a plane
+  int mPlanes, mColors;
+  int64_t mTop, mLast, mSlots;
+  RowWindow<T> mRaw;
+  Buffer<T> mRows;
+  Buffer<Word> mBins;
+  Buffer<T> mBlurred;
+  int64_t mNext, mFirst;
+};
+
+/// The blur of float images. A histogram moves along each row, and those of the rows of a window
+/// are added up for each of its pixels, moved from row to row.
+template <int kBins>
+class FloatBlur {
+ public:
+  static constexpr int kMostRadius = (1 << 23) - 1;
+
+  FloatBlur(__QVImage* src, VRect rect, int radius, BinMix mix, Where where)
+      : mMix(mix),
+        mRadius(radius),
+        mWidth(int64_t{rect.right} - rect.left),
+        mPlanes(QVImageGetNumPlanes(src)),
+        mColors(mPlanes - QVImageGetTransparency(src)),
+        mRows(src, int64_t{rect.left} - radius, mWidth + 2 * mRadius, 2 * mRadius + 1, where),
+        mWindows(mWidth * mColors),
+        mFirst(rect.top) {}
+
+  void Row(int64_t y, float* out) {
+    if (y == mFirst) {
+      for (int64_t i = y - mRadius; i < y + mRadius; i++) AddRow(mRows.Row(i));
+    }
+    const float* entering = mRows.Row(y + mRadius);
+    const float* base = mRows.Row(y) + mRadius * mPlanes;
+    const float* leaving = mRows.Row(y - mRadius);
+    for (int c = 0; c < mColors; c++) {
+      BlurPlane(entering + c, leaving + c, base + c, mWindows.Get() + c * mWidth, out + c);
+    }
+    for (int c = mColors; c < mPlanes; c++) {
+      for (int64_t x = 0; x < mWidth; x++) out[x * mPlanes + c] = base[x * mPlanes + c];
+    }
+  }
+
+ private:
+  struct Group {
+    float sums[kBins];
+    int counts[kBins];
+  };
+
+  static void Add(Group& group, float sample) {
+    const int bin = BinOf<kBins>(sample);
+    group.sums[bin] += sample;
+    group.counts[bin]++;
+  }
+
+  // The histogram of the first pixel of a row.
+  Group Start(const float* row) const {
+    Group group = {};
+    for (int64_t i = 0; i <= 2 * mRadius; i++) Add(group, row[i * mPlanes]);
+    return group;
+  }
+
+  // From the pixel that `row` is at to the next.
+  void Step(const float* row, Group& group) const {
+    const int bin = BinOf<kBins>(row[0]);
+    group.sums[bin] -= row[0];
+    group.counts[bin]--;
+    Add(group, row[(2 * mRadius + 1) * mPlanes]);
+  }
+
+  void AddRow(const float* row) {
+    for (int c = 0; c < mColors; c++) {
+      Group* windows = mWindows.Get() + c * mWidth;
+      Group group = Start(row + c);
+      for (int64_t x = 0; x < mWidth; x++) {
+        for (int b = 0; b < kBins; b++) {
+          windows[x].sums[b] += group.sums[b];
+          windows[x].counts[b] += group.counts[b];
+        }
+        if (x + 1 < mWidth) Step(row + x * mPlanes + c, group);
+      }
+    }
+  }
+
+  void BlurPlane(const float* entering, const float* leaving, const float* base, Group* windows,
+                 float* out) const {
+    Group in = Start(entering), gone = Start(leaving);
+    alignas(64) float sums[kBins][kBinLanes] = {}, p[kBinLanes] = {}, result[kBinLanes];
+    alignas(64) int counts[kBins][kBinLanes] = {};
+    for (int64_t left = 0; left < mWidth; left += kBinLanes) {
+      const int pixels = static_cast<int>(std::min<int64_t>(mWidth - left, kBinLanes));
+      for (int l = 0; l < pixels; l++) {
+        const int64_t x = left + l;
+        Group& window = windows[x];
+        for (int b = 0; b < kBins; b++) {
+          window.sums[b] += in.sums[b];
+          window.counts[b] += in.counts[b];
+          sums[b][l] = window.sums[b];
+          counts[b][l] = window.counts[b];
+          window.sums[b] -= gone.sums[b];
+          window.counts[b] -= gone.counts[b];
+        }
+        p[l] = base[x * mPlanes];
+        if (x + 1 == mWidth) break;
+        Step(entering + x * mPlanes, in);
+        Step(leaving + x * mPlanes, gone);
+      }
+      MixBins<float, kBins>(sums, counts, p, mMix, result);
+      for (int l = 0; l < pixels; l++) out[(left + l) * mPlanes] = result[l];
+    }
+  }
+
+  BinMix mMix;
+  int64_t mRadius, mWidth;
+  int mPlanes, mColors;
+  RowWindow<float> mRows;
+  Buffer<Group> mWindows;
+  int64_t mFirst;
+};
+
+}  // namespace qv

@@ -1,0 +1,212 @@
+// SPDX-License-Identifier: Apache-2.0
+// Surface blur against a plain walk over all rows of all windows, bit for bit.
+#include <QVEffects/QVEffectsSurfaceBlur.h>
+#include <gmock/gmock.h>
+
+#include <array>
+#include <cmath>
+#include <functional>
+#include <limits>
+
+#include "CaughtLog.h"
+#include "Naive.h"
+#include "TestImage.h"
+#include "Utils/EffectFrame.h"
+
+namespace {
+
+using test::Form;
+using test::FullScale;
+using test::GetSample;
+using test::NearestPixel;
+using test::Pixel;
+using test::TestImage;
+
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+
+template <class Sum>
+struct Bins {
+  std::array<Sum, 8> sums = {};
+  std::array<unsigned, 8> counts = {};
+
+  // `count` is 1 to add a sample, -1 to take it away.
+  void Add(float sample, int bin, int count) {
+    sums[bin] += count > 0 ? static_cast<Sum>(sample) : -static_cast<Sum>(sample);
+    counts[bin] += count;
+  }
+  void Add(const Bins& other) {
+    for (int b = 0; b < 8; b++) sums[b] += other.sums[b], counts[b] += other.counts[b];
+  }
+  void Subtract(const Bins& other) {
+    for (int b = 0; b < 8; b++) sums[b] -= other.sums[b], counts[b] -= other.counts[b];
+  }
+};
+
+struct Settings {
+  int radius;
+  float threshold, amount;
+  QVPoint offset = {0, 0};
+};
+
+int BinOf(float sample, int depth) {
+  if (depth == 8) return static_cast<int>(sample) >> 5;
+  if (depth == 16) return static_cast<int>(sample) >> 13;
+  return static_cast<int>(std::min(std::max(sample * 7.9999919f, 0.0f), 7.0f));
+}
+
+// A row's histograms: the first one's samples are added, then it is moved from pixel to pixel.
+template <class Sum>
+std::vector<Bins<Sum>> RowBins(const TestImage& src, QVRect rect, int y, int plane, int radius) {
+  const int depth = src.GetForm().depth;
+  std::vector<Bins<Sum>> row(rect.width);
+  const auto change = [&](Bins<Sum>& bins, int x, int count) {
+    const float sample = GetSample(NearestPixel(src, x, y), plane, depth);
+    bins.Add(sample, BinOf(sample, depth), count);
+  };
+  for (int x = rect.x - radius; x <= rect.x + radius; x++) change(row[0], x, 1);
+  for (int i = 1; i < rect.width; i++) {
+    row[i] = row[i - 1];
+    change(row[i], rect.x + i - 1 - radius, -1);
+    change(row[i], rect.x + i + radius, 1);
+  }
+  return row;
+}
+
+template <class Sum>
+float Blurred(const Bins<Sum>& bins, float p, int depth, const Settings& settings) {
+  const float inverse = 1.0f / (settings.threshold * 2.5f * FullScale(depth));
+  float num = 0, den = 0;
+  for (int b = 0; b < 8; b++) {
+    const auto sum = static_cast<float>(bins.sums[b]), count = static_cast<float>(bins.counts[b]);
+    const float mean = sum / std::max(1.0f, count);
+    const float weight = std::max(0.0f, 1.0f - std::abs(mean - p) * inverse);
+    num += sum * weight;
+    den += weight * count;
+  }
+  if (!(den > 0)) return p;
+  return p * (1.0f - settings.amount) + num / den * settings.amount;
+}
+
+// What dst is expected to be; rect lies anywhere.
+template <class Sum>
+std::vector<std::byte> Expected(const TestImage& src, const TestImage& dst, QVRect rect,
+                                const Settings& settings) {
+  std::vector<std::byte> bytes = dst.Bytes();
+  const auto [depth, planes, transparency] = src.GetForm();
+  const auto [radius, threshold, amount, offset] = settings;
+  // Sums start at the first column that isn't dropped.
+  const QVRect b = dst.Bounds();
+  rect = QVRectIntersect(rect, {b.x + offset.x, b.y + offset.y, b.width, b.height});
+  if (rect.width == 0 || rect.height == 0) return bytes;
+  for (int plane = 0; plane < planes; plane++) {
+    std::vector<std::vector<Bins<Sum>>> rows;
+    for (int y = rect.y - radius; y < rect.y + rect.height + radius; y++) {
+      rows.push_back(RowBins<Sum>(src, rect, y, plane, radius));
+    }
+    for (int i = 0; i < rect.width; i++) {
+      Bins<Sum> window;
+      for (int j = 0; j < 2 * radius; j++) window.Add(rows[j][i]);
+      for (int j = 0; j < rect.height; j++) {
+        const int x = rect.x + i, y = rect.y + j;
+        const float p = GetSample(NearestPixel(src, x, y), plane, depth);
+        window.Add(rows[j + 2 * radius][i]);
+        const float blurred =
+            plane < planes - transparency ? Blurred(window, p, depth, settings) : p;
+        window.Subtract(rows[j][i]);
+        Pixel pixel = {};
+        auto* at = bytes.data() + (dst.Address(x - offset.x, y - offset.y) - dst.Bytes().data());
+        test::SetSample(pixel, 0, depth, blurred);
+        std::memcpy(at + plane * depth / 8, pixel.data(), depth / 8);
+      }
+    }
+  }
+  return bytes;
+}
+
+std::vector<std::byte> Expected(const TestImage& src, const TestImage& dst, QVRect rect,
+                                const Settings& settings) {
+  return src.GetForm().depth == 32 ? Expected<float>(src, dst, rect, settings)
+                                   : Expected<uint64_t>(src, dst, rect, settings);
+}
+
+struct Case {
+  QVRect bounds, rect;
+  Settings settings;
+  std::vector<int> depths = {8, 16, 32};
+};
+
+const Case kCases[] = {
+    {{-3, 5, 37, 23}, {-3, 5, 37, 23}, {1, 0.1f, 1}},
+    {{-3, 5, 37, 23}, {2, 9, 19, 8}, {4, 0.2f, 0.5f}},
+    {{-3, 5, 37, 23}, {-9, 20, 70, 30}, {3, 0.05f, 1}},
+    {{-3, 5, 37, 23}, {-3, 5, 37, 23}, {50, 0.3f, 1}},
+    {{-3, 5, 37, 23}, {-3, 5, 37, 23}, {2, 0.1f, 1, {-4, 7}}},
+    {{0, 0, 530, 3}, {0, 0, 530, 3}, {5, 10, 1}},
+    {{0, 0, 1, 1}, {0, 0, 1, 1}, {1, 0.1f, 1}},
+    {{0, 0, 17, 1}, {0, 0, 17, 1}, {20, 0.1f, 1.5f}},
+    // Where 16-bit sums leave 31 bits, and 32.
+    {{0, 0, 3, 300}, {0, 0, 3, 300}, {90, 1, 1}, {16}},
+    {{0, 0, 3, 300}, {0, 0, 3, 300}, {91, 1, 1}, {16}},
+    {{0, 0, 3, 300}, {0, 0, 3, 300}, {128, 1, 1}, {16}},
+    // The same for 8 bits.
+    {{0, 0, 3, 4}, {0, 0, 3, 4}, {1450, 1, 1}, {8}},
+    {{0, 0, 3, 4}, {0, 0, 3, 4}, {1451, 1, 1}, {8}},
+    {{0, 0, 3, 4}, {0, 0, 3, 4}, {2052, 1, 1}, {8}},
+};
+
+TEST(SurfaceBlur, IsExactAtAllDepths) {
+  for (const Case& each : kCases) {
+    for (const Form& form : test::kForms) {
+      if (std::ranges::find(each.depths, form.depth) == each.depths.end()) continue;
+      const auto& [radius, threshold, amount, offset] = each.settings;
+      SCOPED_TRACE(testing::Message() << form << " at radius " << radius);
+      // Bright, so that sums grow large.
+      TestImage src(each.bounds, form), dst(each.bounds, form, test::Residency::kMemory, 2);
+      if (each.depths.size() == 1) {
+        for (std::byte& byte : src.Bytes()) byte |= std::byte{0xF0};
+      }
+      const auto expected = Expected(src, dst, each.rect, each.settings);
+      ASSERT_EQ(
+          QVEffectsSurfaceBlurWithOffset(src, dst, each.rect, radius, threshold, amount, offset),
+          kQVStatusSuccess);
+      EXPECT_EQ(dst.Bytes(), expected);
+    }
+  }
+}
+
+// What asks for nothing copies.
+TEST(SurfaceBlur, CopiesWhenNothingIsAsked) {
+  constexpr Settings kNothing[] = {{0, 0.1f, 1}, {-5, 0.1f, 1},    {5, 0, 1},    {5, -1, 1},
+                                   {5, 0.1f, 0}, {5, 0.1f, -0.5f}, {5, kNaN, 1}, {5, 0.1f, kNaN}};
+  for (const auto& [radius, threshold, amount, offset] : kNothing) {
+    TestImage src({0, 0, 9, 7}, {32, 4, 1}), dst({-2, 3, 9, 7}, {32, 4, 1});
+    ASSERT_EQ(
+        QVEffectsSurfaceBlurWithOffset(src, dst, {0, 0, 9, 7}, radius, threshold, amount, {2, -3}),
+        kQVStatusSuccess);
+    EXPECT_EQ(dst.Bytes(), src.Bytes());
+  }
+}
+
+// A row of 8-bit gray through the blur with the whole amount.
+std::vector<int> BlurredRow(std::vector<int> row, int radius, float threshold) {
+  TestImage image({0, 0, static_cast<int>(row.size()), 1}, {8, 1, 0});
+  for (size_t x = 0; x < row.size(); x++) image.At<uchar>(static_cast<int>(x), 0, 0) = row[x];
+  EXPECT_EQ(QVEffectsSurfaceBlur(image, image, image.Bounds(), radius, threshold, 1), 0);
+  for (size_t x = 0; x < row.size(); x++) row[x] = image.At<uchar>(static_cast<int>(x), 0, 0);
+  return row;
+}
+
+TEST(SurfaceBlur, KeepsEdges) {
+  // Means of (10, 10, 20) and (10, 20); 100 is too far away.
+  EXPECT_EQ(BlurredRow({10, 20, 100}, 1, 0.1f), (std::vector{13, 15, 100}));
+  const std::vector edge = {40, 40, 40, 40, 200, 200, 200}, flat(20, 77);
+  EXPECT_EQ(BlurredRow(edge, 3, 0.25f), edge);
+  EXPECT_EQ(BlurredRow(flat, 6, 0.1f), flat);
+  // The mean of its own bin is too far from 31, so that it stays.
+  EXPECT_EQ(BlurredRow({0, 0, 0, 31, 0, 0, 0}, 3, 0.01f)[3], 31);
+  // Any distance counts.
+  EXPECT_EQ(BlurredRow({0, 0, 0, 90, 0, 0, 0}, 3, kInfinity)[3], 13);
+}
+
+}  // namespace
