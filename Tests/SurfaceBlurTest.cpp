@@ -133,7 +133,7 @@ std::vector<std::byte> Expected(const TestImage& src, const TestImage& dst, QVRe
 struct Case {
   QVRect bounds, rect;
   Settings settings;
-  std::vector<int> depths = {8, 16, 32};
+  int depth = 0;  // for bright images of one plane only
 };
 
 const Case kCases[] = {
@@ -146,24 +146,23 @@ const Case kCases[] = {
     {{0, 0, 1, 1}, {0, 0, 1, 1}, {1, 0.1f, 1}},
     {{0, 0, 17, 1}, {0, 0, 17, 1}, {20, 0.1f, 1.5f}},
     // Where 16-bit sums leave 31 bits, and 32.
-    {{0, 0, 3, 300}, {0, 0, 3, 300}, {90, 1, 1}, {16}},
-    {{0, 0, 3, 300}, {0, 0, 3, 300}, {91, 1, 1}, {16}},
-    {{0, 0, 3, 300}, {0, 0, 3, 300}, {128, 1, 1}, {16}},
+    {{0, 0, 3, 300}, {0, 0, 3, 300}, {90, 1, 1}, 16},
+    {{0, 0, 3, 300}, {0, 0, 3, 300}, {91, 1, 1}, 16},
+    {{0, 0, 3, 300}, {0, 0, 3, 300}, {128, 1, 1}, 16},
     // The same for 8 bits.
-    {{0, 0, 3, 4}, {0, 0, 3, 4}, {1450, 1, 1}, {8}},
-    {{0, 0, 3, 4}, {0, 0, 3, 4}, {1451, 1, 1}, {8}},
-    {{0, 0, 3, 4}, {0, 0, 3, 4}, {2052, 1, 1}, {8}},
+    {{0, 0, 3, 4}, {0, 0, 3, 4}, {1450, 1, 1}, 8},
+    {{0, 0, 3, 4}, {0, 0, 3, 4}, {1451, 1, 1}, 8},
+    {{0, 0, 3, 4}, {0, 0, 3, 4}, {2052, 1, 1}, 8},
 };
 
 TEST(SurfaceBlur, IsExactAtAllDepths) {
   for (const Case& each : kCases) {
     for (const Form& form : test::kForms) {
-      if (std::ranges::find(each.depths, form.depth) == each.depths.end()) continue;
+      if (each.depth != 0 && form != Form{each.depth, 1, 0}) continue;
       const auto& [radius, threshold, amount, offset] = each.settings;
       SCOPED_TRACE(testing::Message() << form << " at radius " << radius);
-      // Bright, so that sums grow large.
       TestImage src(each.bounds, form), dst(each.bounds, form, test::Residency::kMemory, 2);
-      if (each.depths.size() == 1) {
+      if (each.depth != 0) {
         for (std::byte& byte : src.Bytes()) byte |= std::byte{0xF0};
       }
       const auto expected = Expected(src, dst, each.rect, each.settings);

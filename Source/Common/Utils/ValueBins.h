@@ -40,29 +40,27 @@ int BinOf(T sample) {
 /// Pixels that are worked side by side.
 inline constexpr int kBinLanes = 16;
 
-/// Adds up what the bins give to each of the pixels `p`, bin after bin, and mixes it with them.
-/// @param sums,counts of the bins, for each pixel.
-template <class T, int kBins, class Sum, class Count>
-void MixBins(const Sum (&__restrict sums)[kBins][kBinLanes],
-             const Count (&__restrict counts)[kBins][kBinLanes],
-             const float (&__restrict p)[kBinLanes], BinMix mix, T* __restrict out) {
-  alignas(64) float num[kBinLanes] = {}, den[kBinLanes] = {};
-  for (int b = 0; b < kBins; b++) {
+/// What the bins give to pixels side by side, bin after bin.
+struct BinMeans {
+  alignas(64) float p[kBinLanes] = {}, num[kBinLanes] = {}, den[kBinLanes] = {};
+
+  void Add(int l, float sum, float count, float inverse) {
+    const float mean = sum / (count > 1.0f ? count : 1.0f);
+    const float near = 1.0f - std::abs(mean - p[l]) * inverse;
+    const float weight = near > 0.0f ? near : 0.0f;
+    num[l] += sum * weight;
+    den[l] += weight * count;
+  }
+
+  /// The results, mixed with the pixels.
+  template <class T>
+  void Mix(BinMix mix, T* __restrict out) const {
     for (int l = 0; l < kBinLanes; l++) {
-      const auto sum = static_cast<float>(sums[b][l]);
-      const auto count = static_cast<float>(counts[b][l]);
-      const float mean = sum / (count > 1.0f ? count : 1.0f);
-      const float near = 1.0f - std::abs(mean - p[l]) * mix.inverse;
-      const float weight = near > 0.0f ? near : 0.0f;
-      num[l] += sum * weight;
-      den[l] += weight * count;
+      const float mixed = p[l] * mix.keep + num[l] / den[l] * mix.amount;
+      out[l] = Rounded<T>(den[l] > 0.0f ? mixed : p[l]);
     }
   }
-  for (int l = 0; l < kBinLanes; l++) {
-    const float mixed = p[l] * mix.keep + num[l] / den[l] * mix.amount;
-    out[l] = Rounded<T>(den[l] > 0.0f ? mixed : p[l]);
-  }
-}
+};
 
 /// The blur of integer images. The columns of the window are cut into 16 runs, lanes, which lie
 /// side by side in memory: histograms move along all lanes at once, each vector being one bin of 16
@@ -107,16 +105,7 @@ class LaneBlur {
       BlurPlane(mBins.Get() + c * kBins * mSize, base + c * mSize,
                 mBlurred.Get() + c * mLength * kBinLanes);
     }
-    for (int64_t i = 0; i < mLength; i++) {
-      const int64_t at = At(i + mRadius);
-      for (int64_t x = i, lane = 0; x < mWidth; x += mLength, lane++) {
-        T* pixel = out + x * mPlanes;
-        for (int c = 0; c < mColors; c++) {
-          pixel[c] = mBlurred.Get()[(c * mLength + i) * kBinLanes + lane];
-        }
-        for (int c = mColors; c < mPlanes; c++) pixel[c] = base[c * mSize + at + lane];
-      }
-    }
+    DispatchLayout(mPlanes, mPlanes - mColors, [&](auto layout) { Gather(base, layout, out); });
   }
 
  private:
@@ -126,8 +115,6 @@ class LaneBlur {
 
   // The row of the image that stands for row y.
   int64_t Held(int64_t y) const { return std::max(std::min(y, mLast), mTop); }
-  // Where a column lies: for the columns of a pixel in each lane, where the first one does.
-  int64_t At(int64_t column) const { return column % mLength * mStride + column / mLength; }
   T* Slot(int64_t row) { return mRows.Get() + (row - mTop) % mSlots * mPlanes * mSize; }
 
   // A row of the image, its planes apart and cut into lanes.
@@ -136,13 +123,40 @@ class LaneBlur {
     for (; mNext <= row; mNext++) {
       const T* raw = mRaw.Row(mNext);
       T* slot = Slot(mNext);
-      for (int64_t i = 0; i < mLength; i++) {
-        for (int64_t x = i, lane = i * mStride; x < mColumns; x += mLength, lane++) {
-          for (int c = 0; c < mPlanes; c++) slot[c * mSize + lane] = raw[x * mPlanes + c];
+      DispatchLayout(mPlanes, mPlanes - mColors, [&](auto layout) { Spread(raw, layout, slot); });
+    }
+    return Slot(row);
+  }
+
+  template <class Layout>
+  void Spread(const T* __restrict raw, Layout layout, T* __restrict rows) const {
+    for (int64_t i = 0; i < mLength; i++) {
+      const int64_t lanes = (mColumns - i + mLength - 1) / mLength;
+      for (int64_t lane = 0; lane < lanes; lane++) {
+        for (int c = 0; c < layout.planes; c++) {
+          rows[c * mSize + i * mStride + lane] = raw[(i + lane * mLength) * layout.planes + c];
         }
       }
     }
-    return Slot(row);
+  }
+
+  // The blurred colours, with the base row's transparency, in the order of pixels.
+  template <class Layout>
+  void Gather(const T* __restrict base, Layout layout, T* __restrict out) const {
+    const T* __restrict blurred = mBlurred.Get();
+    Cursor centre(*this, mRadius);
+    for (int64_t i = 0; i < mLength; i++, centre.Next()) {
+      const int64_t lanes = (mWidth - i + mLength - 1) / mLength;
+      for (int64_t lane = 0; lane < lanes; lane++) {
+        T* pixel = out + (i + lane * mLength) * layout.planes;
+        for (int c = 0; c < layout.colors; c++) {
+          pixel[c] = blurred[(c * mLength + i) * kBinLanes + lane];
+        }
+        for (int c = layout.colors; c < layout.planes; c++) {
+          pixel[c] = base[c * mSize + centre.at + lane];
+        }
+      }
+    }
   }
 
   // Brings the columns to the rows around y.
@@ -188,30 +202,54 @@ class LaneBlur {
   void BlurPlane(const Word* __restrict bins, const T* __restrict base, T* __restrict out) const {
     // Of the window but for the column that enters next.
     alignas(64) Sum sums[kBins][kBinLanes] = {}, counts[kBins][kBinLanes] = {};
-    for (int64_t i = 0; i < 2 * mRadius; i++) {
+    Cursor entering(*this, 0), centre(*this, mRadius), leaving(*this, 0);
+    for (int64_t i = 0; i < 2 * mRadius; i++, entering.Next()) {
       for (int b = 0; b < kBins; b++) {
-        Change(bins + b * mSize + At(i), 1, sums[b], counts[b]);
+        const Word* column = bins + b * mSize + entering.at;
+        for (int l = 0; l < kBinLanes; l++) {
+          sums[b][l] += SumOf(column[l]);
+          counts[b][l] += CountOf(column[l]);
+        }
       }
     }
-    for (int64_t i = 0; i < mLength; i++) {
+    for (int64_t i = 0; i < mLength; i++, entering.Next(), centre.Next(), leaving.Next()) {
+      BinMeans means;
+      for (int l = 0; l < kBinLanes; l++) means.p[l] = static_cast<float>(base[centre.at + l]);
+#pragma GCC unroll 8
       for (int b = 0; b < kBins; b++) {
-        Change(bins + b * mSize + At(i + 2 * mRadius), 1, sums[b], counts[b]);
+        const Word* __restrict in = bins + b * mSize + entering.at;
+        const Word* __restrict gone = bins + b * mSize + leaving.at;
+        for (int l = 0; l < kBinLanes; l++) {
+          const Sum sum = sums[b][l] + SumOf(in[l]), count = counts[b][l] + CountOf(in[l]);
+          means.Add(l, static_cast<float>(sum), static_cast<float>(count), mMix.inverse);
+          sums[b][l] = sum - SumOf(gone[l]);
+          counts[b][l] = count - CountOf(gone[l]);
+        }
       }
-      alignas(64) float p[kBinLanes];
-      const T* centre = base + At(i + mRadius);
-      for (int l = 0; l < kBinLanes; l++) p[l] = static_cast<float>(centre[l]);
-      MixBins<T, kBins>(sums, counts, p, mMix, out + i * kBinLanes);
-      for (int b = 0; b < kBins; b++) Change(bins + b * mSize + At(i), -1, sums[b], counts[b]);
+      means.Mix(mMix, out + i * kBinLanes);
     }
   }
 
-  static void Change(const Word* __restrict column, Sum sign, Sum* __restrict sums,
-                     Sum* __restrict counts) {
-    for (int l = 0; l < kBinLanes; l++) {
-      sums[l] += sign * static_cast<Sum>(column[l] & (kOne - 1));
-      counts[l] += sign * static_cast<Sum>(column[l] >> kCountShift);
+  static Sum SumOf(Word bin) { return static_cast<Sum>(bin & (kOne - 1)); }
+  static Sum CountOf(Word bin) { return static_cast<Sum>(bin >> kCountShift); }
+
+  // Walks along the columns.
+  struct Cursor {
+    int64_t length, stride, row, at;
+
+    Cursor(const LaneBlur& blur, int64_t column)
+        : length(blur.mLength),
+          stride(blur.mStride),
+          row(column % length),
+          at(row * stride + column / length) {}
+
+    void Next() {
+      at += stride;
+      if (++row < length) return;
+      row = 0;
+      at -= length * stride - 1;
     }
-  }
+  };
 
   BinMix mMix;
   int64_t mRadius, mWidth;
@@ -303,10 +341,11 @@ class FloatBlur {
   void BlurPlane(const float* entering, const float* leaving, const float* base, Group* windows,
                  float* out) const {
     Group in = Start(entering), gone = Start(leaving);
-    alignas(64) float sums[kBins][kBinLanes] = {}, p[kBinLanes] = {}, result[kBinLanes];
+    alignas(64) float sums[kBins][kBinLanes] = {}, result[kBinLanes];
     alignas(64) int counts[kBins][kBinLanes] = {};
     for (int64_t left = 0; left < mWidth; left += kBinLanes) {
       const int pixels = static_cast<int>(std::min<int64_t>(mWidth - left, kBinLanes));
+      BinMeans means;
       for (int l = 0; l < pixels; l++) {
         const int64_t x = left + l;
         Group& window = windows[x];
@@ -318,12 +357,17 @@ class FloatBlur {
           window.sums[b] -= gone.sums[b];
           window.counts[b] -= gone.counts[b];
         }
-        p[l] = base[x * mPlanes];
+        means.p[l] = base[x * mPlanes];
         if (x + 1 == mWidth) break;
         Step(entering + x * mPlanes, in);
         Step(leaving + x * mPlanes, gone);
       }
-      MixBins<float, kBins>(sums, counts, p, mMix, result);
+      for (int b = 0; b < kBins; b++) {
+        for (int l = 0; l < kBinLanes; l++) {
+          means.Add(l, sums[b][l], static_cast<float>(counts[b][l]), mMix.inverse);
+        }
+      }
+      means.Mix(mMix, result);
       for (int l = 0; l < pixels; l++) out[(left + l) * mPlanes] = result[l];
     }
   }
