@@ -40,6 +40,22 @@ int BinOf(T sample) {
 /// Pixels that are worked side by side.
 inline constexpr int kBinLanes = 16;
 
+/// Turns rows of values, as many as a power of 2, as are their columns, into columns. To take the
+/// values at even places before those at odd ones turns the bits of a place's number round by one;
+/// after as many turns as a column's number has bits, it stands before the row's.
+template <int kRows, int kColumns, class Value>
+void Transpose(Value* __restrict values) {
+  constexpr int kHalf = kRows * kColumns / 2;
+  alignas(64) Value turned[2 * kHalf];
+  for (int turns = 1; turns < kColumns; turns *= 2) {
+    for (int i = 0; i < kHalf; i++) {
+      turned[i] = values[2 * i];
+      turned[kHalf + i] = values[2 * i + 1];
+    }
+    std::memcpy(values, turned, sizeof turned);
+  }
+}
+
 /// What the bins give to pixels side by side, bin after bin.
 struct BinMeans {
   alignas(64) float p[kBinLanes] = {}, num[kBinLanes] = {}, den[kBinLanes] = {};
@@ -85,6 +101,7 @@ class LaneBlur {
         mLength((mWidth + kBinLanes - 1) / kBinLanes),
         mStride(kBinLanes + (mLength - 1 + 2 * mRadius) / mLength),
         mSize(mLength * mStride),
+        mApart(mSize + kBinLanes),
         mPlanes(QVImageGetNumPlanes(src)),
         mColors(mPlanes - QVImageGetTransparency(src)),
         mTop(QVImageGetBounds(src).y),
@@ -93,7 +110,8 @@ class LaneBlur {
         mRaw(src, int64_t{rect.left} - radius, mColumns, 1, where),
         mRows(mSlots * mPlanes * mSize),
         mBins(mColors * kBins * mSize),
-        mBlurred(mColors * mLength * kBinLanes),
+        mBlurred(mLength * kBinLanes),
+        mPlaneRows(mPlanes * mApart),
         mNext(Held(rect.top - mRadius)),
         mFirst(rect.top) {}
 
@@ -101,11 +119,17 @@ class LaneBlur {
   void Row(int64_t y, T* out) {
     Move(y);
     const T* base = Slot(Held(y));
-    for (int c = 0; c < mColors; c++) {
-      BlurPlane(mBins.Get() + c * kBins * mSize, base + c * mSize,
-                mBlurred.Get() + c * mLength * kBinLanes);
+    T* blurred = mBlurred.Get();
+    T* apart = mPlaneRows.Get();
+    for (int c = 0; c < mPlanes; c++) {
+      if (c < mColors) {
+        BlurPlane(mBins.Get() + c * kBins * mSize, base + c * mSize, blurred);
+      } else {
+        CopyPlane(base + c * mSize, blurred);
+      }
+      FromLanes(blurred, apart + c * mApart);
     }
-    DispatchLayout(mPlanes, mPlanes - mColors, [&](auto layout) { Gather(base, layout, out); });
+    DispatchLayout(mPlanes, mPlanes - mColors, [&](auto layout) { Join(apart, layout, out); });
   }
 
  private:
@@ -123,39 +147,56 @@ class LaneBlur {
     for (; mNext <= row; mNext++) {
       const T* raw = mRaw.Row(mNext);
       T* slot = Slot(mNext);
-      DispatchLayout(mPlanes, mPlanes - mColors, [&](auto layout) { Spread(raw, layout, slot); });
+      T* apart = mPlaneRows.Get();
+      DispatchLayout(mPlanes, mPlanes - mColors, [&](auto layout) { Split(raw, layout, apart); });
+      for (int c = 0; c < mPlanes; c++) ToLanes(apart + c * mApart, slot + c * mSize);
     }
     return Slot(row);
   }
 
-  template <class Layout>
-  void Spread(const T* __restrict raw, Layout layout, T* __restrict rows) const {
-    for (int64_t i = 0; i < mLength; i++) {
-      const int64_t lanes = (mColumns - i + mLength - 1) / mLength;
-      for (int64_t lane = 0; lane < lanes; lane++) {
-        for (int c = 0; c < layout.planes; c++) {
-          rows[c * mSize + i * mStride + lane] = raw[(i + lane * mLength) * layout.planes + c];
-        }
+  // Cuts a plane's row into lanes.
+  void ToLanes(const T* __restrict row, T* __restrict lanes) const {
+    for (int64_t i = 0; i < mLength; i += kBinLanes) {
+      alignas(64) T block[kBinLanes * kBinLanes];
+      for (int l = 0; l < kBinLanes; l++) {
+        std::memcpy(block + l * kBinLanes, row + l * mLength + i, kBinLanes * sizeof(T));
+      }
+      Transpose<kBinLanes, kBinLanes>(block);
+      const int64_t most = std::min<int64_t>(mLength - i, kBinLanes);
+      for (int64_t k = 0; k < most; k++) {
+        std::memcpy(lanes + (i + k) * mStride, block + k * kBinLanes, kBinLanes * sizeof(T));
+      }
+    }
+    for (int64_t l = kBinLanes; l < mStride; l++) {
+      for (int64_t i = 0; i < mLength; i++) lanes[i * mStride + l] = row[l * mLength + i];
+    }
+  }
+
+  // Joins 16 lanes to a plane's row.
+  void FromLanes(const T* __restrict lanes, T* __restrict row) const {
+    for (int64_t i = 0; i < mLength; i += kBinLanes) {
+      const int64_t most = std::min<int64_t>(mLength - i, kBinLanes);
+      alignas(64) T block[kBinLanes * kBinLanes] = {};
+      std::memcpy(block, lanes + i * kBinLanes, most * kBinLanes * sizeof(T));
+      Transpose<kBinLanes, kBinLanes>(block);
+      for (int l = 0; l < kBinLanes; l++) {
+        std::memcpy(row + l * mLength + i, block + l * kBinLanes, most * sizeof(T));
       }
     }
   }
 
-  // The blurred colours, with the base row's transparency, in the order of pixels.
+  // The planes of a row apart, and together again.
   template <class Layout>
-  void Gather(const T* __restrict base, Layout layout, T* __restrict out) const {
-    const T* __restrict blurred = mBlurred.Get();
-    Cursor centre(*this, mRadius);
-    for (int64_t i = 0; i < mLength; i++, centre.Next()) {
-      const int64_t lanes = (mWidth - i + mLength - 1) / mLength;
-      for (int64_t lane = 0; lane < lanes; lane++) {
-        T* pixel = out + (i + lane * mLength) * layout.planes;
-        for (int c = 0; c < layout.colors; c++) {
-          pixel[c] = blurred[(c * mLength + i) * kBinLanes + lane];
-        }
-        for (int c = layout.colors; c < layout.planes; c++) {
-          pixel[c] = base[c * mSize + centre.at + lane];
-        }
-      }
+  void Split(const T* __restrict row, Layout layout, T* __restrict apart) const {
+    for (int64_t x = 0; x < mColumns; x++) {
+      for (int c = 0; c < layout.planes; c++) apart[c * mApart + x] = row[x * layout.planes + c];
+    }
+  }
+
+  template <class Layout>
+  void Join(const T* __restrict apart, Layout layout, T* __restrict row) const {
+    for (int64_t x = 0; x < mWidth; x++) {
+      for (int c = 0; c < layout.planes; c++) row[x * layout.planes + c] = apart[c * mApart + x];
     }
   }
 
@@ -230,6 +271,13 @@ class LaneBlur {
     }
   }
 
+  void CopyPlane(const T* __restrict base, T* __restrict out) const {
+    Cursor centre(*this, mRadius);
+    for (int64_t i = 0; i < mLength; i++, centre.Next()) {
+      std::memcpy(out + i * kBinLanes, base + centre.at, kBinLanes * sizeof(T));
+    }
+  }
+
   static Sum SumOf(Word bin) { return static_cast<Sum>(bin & (kOne - 1)); }
   static Sum CountOf(Word bin) { return static_cast<Sum>(bin >> kCountShift); }
 
@@ -256,12 +304,14 @@ class LaneBlur {
   int64_t mColumns;          // of all windows
   int64_t mLength, mStride;  // columns of a lane; lanes, those right of the 16th included
   int64_t mSize;             // of a plane
+  int64_t mApart;            // the same for planes not cut into lanes, with room for whole blocks
   int mPlanes, mColors;
   int64_t mTop, mLast, mSlots;
   RowWindow<T> mRaw;
   Buffer<T> mRows;
   Buffer<Word> mBins;
-  Buffer<T> mBlurred;
+  Buffer<T> mBlurred;    // of one plane, in lanes
+  Buffer<T> mPlaneRows;  // a row, its planes apart
   int64_t mNext, mFirst;
 };
 
@@ -383,8 +433,8 @@ class FloatBlur {
         Step(entering, x * mPlanes + plane, in);
         Step(leaving, x * mPlanes + plane, gone);
       }
-      GatherBins(sums);
-      GatherBins(counts);
+      Transpose<kBinLanes, kBins>(sums);
+      Transpose<kBinLanes, kBins>(counts);
       for (int b = 0; b < kBins; b++) {
         for (int l = 0; l < kBinLanes; l++) {
           const auto count = static_cast<float>(counts[b * kBinLanes + l]);
@@ -393,22 +443,6 @@ class FloatBlur {
       }
       means.Mix(mMix, result);
       for (int l = 0; l < pixels; l++) out[(left + l) * mPlanes + plane] = result[l];
-    }
-  }
-
-  // From values pixel by pixel to values bin by bin. To take the values at even places before those
-  // at odd ones turns the bits of each place's number by one; after as many turns as a bin's number
-  // has bits, it stands before the pixel's.
-  template <class Value>
-  static void GatherBins(Value* __restrict values) {
-    constexpr int kHalf = kBinLanes * kBins / 2;
-    alignas(64) Value turned[2 * kHalf];
-    for (int turns = 1; turns < kBins; turns *= 2) {
-      for (int i = 0; i < kHalf; i++) {
-        turned[i] = values[2 * i];
-        turned[kHalf + i] = values[2 * i + 1];
-      }
-      std::memcpy(values, turned, sizeof turned);
     }
   }
 
