@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Surface blur against a plain walk over all rows of all windows, bit for bit.
+#include <QVEffects/QVEffectsBlur.h>
 #include <QVEffects/QVEffectsSurfaceBlur.h>
 #include <gmock/gmock.h>
 
@@ -11,7 +12,8 @@
 #include "CaughtLog.h"
 #include "Naive.h"
 #include "TestImage.h"
-#include "Utils/EffectFrame.h"
+#include "Utils/QVEffectsUtils.h"
+#include "Utils/Samples.h"
 
 namespace {
 
@@ -47,22 +49,27 @@ struct Settings {
   int radius;
   float threshold, amount;
   QVPoint offset = {0, 0};
+  int bins = 8;
 };
 
-int BinOf(float sample, int depth) {
-  if (depth == 8) return static_cast<int>(sample) >> 5;
-  if (depth == 16) return static_cast<int>(sample) >> 13;
-  return static_cast<int>(std::min(std::max(sample * 7.9999919f, 0.0f), 7.0f));
+int BinOf(float sample, int depth, int bins) {
+  const int coarse = bins == 4;
+  if (depth == 8) return static_cast<int>(sample) >> (5 + coarse);
+  if (depth == 16) return static_cast<int>(sample) >> (13 + coarse);
+  const float scaled = sample * (coarse ? 3.9999959f : 7.9999919f);
+  return static_cast<int>(std::min(std::max(scaled, 0.0f), bins - 1.0f));
 }
 
 // A row's histograms: the first one's samples are added, then it is moved from pixel to pixel.
 template <class Sum>
-std::vector<Bins<Sum>> RowBins(const TestImage& src, QVRect rect, int y, int plane, int radius) {
+std::vector<Bins<Sum>> RowBins(const TestImage& src, QVRect rect, int y, int plane,
+                               const Settings& settings) {
+  const int radius = settings.radius;
   const int depth = src.GetForm().depth;
   std::vector<Bins<Sum>> row(rect.width);
   const auto change = [&](Bins<Sum>& bins, int x, int count) {
     const float sample = GetSample(NearestPixel(src, x, y), plane, depth);
-    bins.Add(sample, BinOf(sample, depth), count);
+    bins.Add(sample, BinOf(sample, depth, settings.bins), count);
   };
   for (int x = rect.x - radius; x <= rect.x + radius; x++) change(row[0], x, 1);
   for (int i = 1; i < rect.width; i++) {
@@ -94,7 +101,8 @@ std::vector<std::byte> Expected(const TestImage& src, const TestImage& dst, QVRe
                                 const Settings& settings) {
   std::vector<std::byte> bytes = dst.Bytes();
   const auto [depth, planes, transparency] = src.GetForm();
-  const auto [radius, threshold, amount, offset] = settings;
+  const int radius = settings.radius;
+  const QVPoint offset = settings.offset;
   // Sums start at the first column that isn't dropped.
   const QVRect b = dst.Bounds();
   rect = QVRectIntersect(rect, {b.x + offset.x, b.y + offset.y, b.width, b.height});
@@ -102,7 +110,7 @@ std::vector<std::byte> Expected(const TestImage& src, const TestImage& dst, QVRe
   for (int plane = 0; plane < planes; plane++) {
     std::vector<std::vector<Bins<Sum>>> rows;
     for (int y = rect.y - radius; y < rect.y + rect.height + radius; y++) {
-      rows.push_back(RowBins<Sum>(src, rect, y, plane, radius));
+      rows.push_back(RowBins<Sum>(src, rect, y, plane, settings));
     }
     for (int i = 0; i < rect.width; i++) {
       Bins<Sum> window;
@@ -159,7 +167,7 @@ TEST(SurfaceBlur, IsExactAtAllDepths) {
   for (const Case& each : kCases) {
     for (const Form& form : test::kForms) {
       if (each.depth != 0 && form != Form{each.depth, 1, 0}) continue;
-      const auto& [radius, threshold, amount, offset] = each.settings;
+      const auto& [radius, threshold, amount, offset, bins] = each.settings;
       SCOPED_TRACE(testing::Message() << form << " at radius " << radius);
       TestImage src(each.bounds, form), dst(each.bounds, form, test::Residency::kMemory, 2);
       if (each.depth != 0) {
@@ -178,7 +186,7 @@ TEST(SurfaceBlur, IsExactAtAllDepths) {
 TEST(SurfaceBlur, CopiesWhenNothingIsAsked) {
   constexpr Settings kNothing[] = {{0, 0.1f, 1}, {-5, 0.1f, 1},    {5, 0, 1},    {5, -1, 1},
                                    {5, 0.1f, 0}, {5, 0.1f, -0.5f}, {5, kNaN, 1}, {5, 0.1f, kNaN}};
-  for (const auto& [radius, threshold, amount, offset] : kNothing) {
+  for (const auto& [radius, threshold, amount, offset, bins] : kNothing) {
     TestImage src({0, 0, 9, 7}, {32, 4, 1}), dst({-2, 3, 9, 7}, {32, 4, 1});
     ASSERT_EQ(
         QVEffectsSurfaceBlurWithOffset(src, dst, {0, 0, 9, 7}, radius, threshold, amount, {2, -3}),
@@ -206,6 +214,92 @@ TEST(SurfaceBlur, KeepsEdges) {
   EXPECT_EQ(BlurredRow({0, 0, 0, 31, 0, 0, 0}, 3, 0.01f)[3], 31);
   // Any distance counts.
   EXPECT_EQ(BlurredRow({0, 0, 0, 90, 0, 0, 0}, 3, kInfinity)[3], 13);
+}
+
+constexpr QVRect kBase = {2, 9, 19, 8};
+
+// The gray image, blurred around the rectangle as far as the Gaussian blur reads.
+void ExpectBase(const TestImage& src, float radius, int planeBytes, int bins) {
+  const int depth = planeBytes > 0 ? planeBytes * 8 : src.GetForm().depth;
+  const int whole = std::max(SufaceBlurredGrayScaleImageGetOutset(radius) - 3, 0);
+  const QVRect blurred = QVRectOutset(kBase, 3), read = QVRectOutset(blurred, whole);
+  TestImage gray(read, {depth, 1, 0}), expected(read, {depth, 1, 0});
+  const bool isGray = src.GetForm().planes == 1;
+  if (!isGray) {
+    qv::ImageRef made;
+    ASSERT_EQ(CreateGrayScaleImage(src, *made.Receive(), MakeVRect(read), planeBytes, 1), 0);
+    const auto at = gray.Address(read.x, read.y);
+    ASSERT_EQ(QVImageRead2(made, read, 0, -1, at, gray.Stride(), 0), 0);
+  }
+  const Settings settings = {whole, 0.125f, 1, {0, 0}, bins};
+  expected.Bytes() = Expected(isGray ? src : gray, expected, blurred, settings);
+  ASSERT_EQ(QVEffectsGaussianBlur(expected, expected, kBase, 1), 0);
+
+  qv::ImageRef base;
+  ASSERT_EQ(SufaceBlurredGrayScaleImageCreate(src, *base.Receive(), kBase, radius, planeBytes, -1,
+                                              1, bins == 4),
+            0);
+  EXPECT_EQ(QVImageGetDataSourceType(base), 1);
+  for (int y = kBase.y; y < kBase.y + kBase.height; y++) {
+    for (int x = kBase.x; x < kBase.x + kBase.width; x++) {
+      Pixel pixel = {}, expectedPixel = NearestPixel(expected, x, y);
+      ASSERT_EQ(QVImageRead2(base, {x, y, 1, 1}, 0, -1, pixel.data(), -1, 0), 0);
+      ASSERT_EQ(pixel, expectedPixel) << x << ", " << y;
+    }
+  }
+}
+
+TEST(SurfaceBlur, MakesGrayBases) {
+  struct {
+    Form form;
+    float radius;
+    int planeBytes;
+  } constexpr kBases[] = {{{8, 3, 0}, 4.5f, 0},  {{8, 4, 1}, 2.4f, 2}, {{16, 3, 0}, 6, -1},
+                          {{32, 4, 1}, 3, 2},    {{32, 3, 0}, 3, 4},   {{8, 1, 0}, 5, 0},
+                          {{16, 1, 0}, 2.6f, 2}, {{32, 1, 0}, 7, 0},   {{8, 3, 0}, -9, 1}};
+  for (const auto& [form, radius, planeBytes] : kBases) {
+    for (const int bins : {8, 4}) {
+      SCOPED_TRACE(testing::Message() << form << " at radius " << radius << ", bins " << bins);
+      TestImage src({-3, 5, 37, 23}, form);
+      ExpectBase(src, radius, planeBytes, bins);
+    }
+  }
+}
+
+// Each failing step says where.
+TEST(SurfaceBlur, LogsFailures) {
+  TestImage gray(kBase, {8, 1, 0}), color(kBase, {8, 3, 0}), deep(kBase, {16, 3, 0});
+  qv::ImageRef base;
+  const auto create = [&](__QVImage* src, int planeBytes, int grayMode, int useFourBins) {
+    return SufaceBlurredGrayScaleImageCreate(src, *base.Receive(), kBase, 2, planeBytes, 0.1f,
+                                             grayMode, useFourBins);
+  };
+  const struct {
+    int line, status;
+    std::function<int()> run;
+  } kFailures[] = {
+      {433, 1020, [&] { return QVEffectsSurfaceBlurLuminosity(gray, gray, kBase, 2, 0.1f, 1); }},
+      {437, 1020, [&] { return QVEffectsSurfaceBlurLuminosity(color, deep, kBase, 2, 0.1f, 1); }},
+      {493, 1020, [&] { return create(gray, 3, 0, 0); }},
+      {497, 1005, [&] { return create(color, 1, 2, 0); }},
+      {505, 1020, [&] { return create(gray, 2, 0, 1); }},
+      {507, 1020, [&] { return create(gray, 4, 0, 0); }},
+  };
+  for (const auto& [line, status, run] : kFailures) {
+    test::CaughtLog log;
+    EXPECT_EQ(run(), status) << line;
+    ASSERT_EQ(log.events.size(), 1u) << line;
+    EXPECT_EQ(log.events[0].code, status);
+    EXPECT_EQ(log.events[0].path, "Source/Common/QVEffects/QVEffectsSurfaceBlur");
+    EXPECT_EQ(log.events[0].line, line);
+  }
+}
+
+TEST(SurfaceBlur, BaseOutsetIsDefined) {
+  EXPECT_EQ(SufaceBlurredGrayScaleImageGetOutset(0.4f), 3);
+  EXPECT_EQ(SufaceBlurredGrayScaleImageGetOutset(2.5f), 6);
+  EXPECT_EQ(SufaceBlurredGrayScaleImageGetOutset(kNaN), 3);
+  EXPECT_EQ(SufaceBlurredGrayScaleImageGetOutset(kInfinity), std::numeric_limits<int>::max());
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Surface blur: a pixel compares itself with the bins of a histogram of its surroundings.
+#include <QVEffects/QVEffectsBlur.h>
 #include <QVEffects/QVEffectsSurfaceBlur.h>
 
 #include "Utils/QVEffectsUtils.h"
@@ -106,4 +107,39 @@ int QVEffectsSurfaceBlurLuminosity(__QVImage* src, __QVImage* dst, QVRect rect, 
 
 int SufaceBlurredGrayScaleImageGetOutset(float radius) {
   return VRect::Held(int64_t{WholeRadius(radius)} + kGaussianOutset);
+}
+
+int SufaceBlurredGrayScaleImageCreate(__QVImage* src, __QVImage*& out, QVRect rect, float radius,
+                                      int planeBytes, float threshold, int grayMode,
+                                      int useFourBins) {
+  out = nullptr;
+  if (!src) return kQVStatusBadArgument;
+  return qv::Guard({kSource, 518}, kQVStatusUnknown, [&]() -> int {
+    if (planeBytes <= 0) planeBytes = QVImageGetPlaneBytes(src);
+    if (threshold < 0.0f) threshold = 0.125f;
+    const int whole = std::max(WholeRadius(radius), 0);
+    rect.width = std::max(rect.width, 0);
+    rect.height = std::max(rect.height, 0);
+    const QVRect blurred = QVRectOutset(rect, kGaussianOutset);
+
+    const bool isGray = QVImageGetNumPlanes(src) == 1;
+    if (isGray) {
+      const int depth = VRect::Held(int64_t{planeBytes} * 8);
+      qv::Check(QVImageCreateWithParams2(blurred, depth, 1, kQVColorSpaceGray, 0, 1, &out),
+                {kSource, 493});
+    } else {
+      const VRect read = MakeVRect(QVRectOutset(blurred, whole));
+      qv::Check(CreateGrayScaleImage(src, out, read, planeBytes, grayMode), {kSource, 497});
+    }
+    __QVImage* from = isGray ? src : out;
+    if (useFourBins == 1) {
+      qv::Check(_SurfaceBlurWithOffset<6>(from, out, blurred, whole, threshold, 1, {0, 0}),
+                {kSource, 505});
+    } else {
+      qv::Check(_SurfaceBlurWithOffset<5>(from, out, blurred, whole, threshold, 1, {0, 0}),
+                {kSource, 507});
+    }
+    qv::Check(QVEffectsGaussianBlur(out, out, rect, 1.0f), {kSource, 512});
+    return kQVStatusSuccess;
+  });
 }
