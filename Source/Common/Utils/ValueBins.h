@@ -125,21 +125,17 @@ class LaneBlur {
         mApart(mSize + kBinLanes),
         mPlanes(QVImageGetNumPlanes(src)),
         mColors(mPlanes - QVImageGetTransparency(src)),
-        mTop(QVImageGetBounds(src).y),
-        mLast(mTop + std::max(QVImageGetHeight(src), 1) - 1),
-        mSlots(std::min(2 * mRadius + 2, mLast - mTop + 1)),
-        mRaw(src, int64_t{rect.left} - radius, mColumns, 1, where),
-        mRows(mSlots * mPlanes * mSize),
+        mRows(src, int64_t{rect.left} - radius, mColumns, 2 * mRadius + 2, where, mPlanes * mSize,
+              [this](const void* pixels, T* row) { Spread(static_cast<const T*>(pixels), row); }),
         mBins(mColors * kBins * mSize),
         mBlurred(mLength * kBinLanes),
         mPlaneRows(mPlanes * mApart),
-        mNext(Held(rect.top - mRadius)),
         mFirst(rect.top) {}
 
-  /// The result of row y, in order from the top. What it needs is read before it returns.
+  /// The result of row y, in order from the top.
   void Row(int64_t y, T* out) {
     Move(y);
-    const T* base = Slot(Held(y));
+    const T* base = mRows.Row(y);
     T* blurred = mBlurred.Get();
     T* apart = mPlaneRows.Get();
     for (int c = 0; c < mPlanes; c++) {
@@ -160,22 +156,12 @@ class LaneBlur {
   static constexpr int kBlock = kBinLanes * kBinLanes;
   static constexpr Word kOne = Word{1} << kCountShift;
 
-  // The row of the image that stands for row y.
-  int64_t Held(int64_t y) const { return std::max(std::min(y, mLast), mTop); }
-  T* Slot(int64_t row) { return mRows.Get() + (row - mTop) % mSlots * mPlanes * mSize; }
-
-  // A row of the image, its planes apart and cut into lanes.
-  const T* Spread(int64_t y) {
-    const int64_t row = Held(y);
-    for (; mNext <= row; mNext++) {
-      const T* raw = mRaw.Row(mNext);
-      T* slot = Slot(mNext);
-      T* apart = mPlaneRows.Get();
-      DispatchLayout(mPlanes, mPlanes - mColors,
-                     [&](auto layout) { SplitPlanes(raw, mColumns, layout, mApart, apart); });
-      for (int c = 0; c < mPlanes; c++) ToLanes(apart + c * mApart, slot + c * mSize);
-    }
-    return Slot(row);
+  // Makes a row of the window: the planes apart and cut into lanes.
+  void Spread(const T* pixels, T* row) {
+    T* apart = mPlaneRows.Get();
+    DispatchLayout(mPlanes, mPlanes - mColors,
+                   [&](auto layout) { SplitPlanes(pixels, mColumns, layout, mApart, apart); });
+    for (int c = 0; c < mPlanes; c++) ToLanes(apart + c * mApart, row + c * mSize);
   }
 
   // Cuts a plane's row into lanes.
@@ -211,18 +197,18 @@ class LaneBlur {
 
   // Brings the columns to the rows around y.
   void Move(int64_t y) {
+    const int64_t last = y + mRadius;
     if (y == mFirst) {
       int64_t times;
-      for (int64_t at = y - mRadius; at <= y + mRadius; at += times) {
-        // Rows outside the image are all alike.
-        times = at < mTop ? std::min(mTop, y + mRadius) + 1 - at : 1;
-        if (at >= mLast) times = y + mRadius + 1 - at;
-        Exchange(Spread(at), static_cast<Word>(times), nullptr);
+      for (int64_t at = y - mRadius; at <= last; at += times) {
+        times = mRows.Repeats(at, last);
+        Exchange(mRows.Row(at), static_cast<Word>(times), nullptr);
       }
       return;
     }
-    const int64_t entering = Held(y + mRadius), leaving = Held(y - mRadius - 1);
-    if (entering != leaving) Exchange(Spread(entering), 1, Slot(leaving));
+    const T* entering = mRows.Row(last);
+    const T* leaving = mRows.Row(y - mRadius - 1);
+    if (entering != leaving) Exchange(entering, 1, leaving);
   }
 
   void Exchange(const T* entering, Word times, const T* leaving) {
@@ -315,13 +301,11 @@ class LaneBlur {
   int64_t mSize;             // of a plane
   int64_t mApart;            // the same for planes not cut into lanes, with room for whole blocks
   int mPlanes, mColors;
-  int64_t mTop, mLast, mSlots;
-  RowWindow<T> mRaw;
-  Buffer<T> mRows;
+  RowWindow<T> mRows;  // as wide as the window, and the one that has left it
   Buffer<Word> mBins;
   Buffer<T> mBlurred;    // of one plane, in lanes
   Buffer<T> mPlaneRows;  // a row, its planes apart
-  int64_t mNext, mFirst;
+  int64_t mFirst;
 };
 
 /// The blur of float images. A histogram moves along each row, and those of the rows of a window
@@ -338,29 +322,41 @@ class FloatBlur {
         mColumns(mWidth + 2 * mRadius),
         mPlanes(QVImageGetNumPlanes(src)),
         mColors(mPlanes - QVImageGetTransparency(src)),
-        mRows(src, int64_t{rect.left} - radius, mColumns, 2 * mRadius + 1, where),
-        mEntering(mColumns * mPlanes),
-        mLeaving(mColumns * mPlanes),
-        mBase(mColumns * mPlanes + kBinLanes),
+        mRows(src, int64_t{rect.left} - radius, mColumns, 2 * mRadius + 1, where,
+              mColumns * mPlanes,
+              [this](const void* pixels, float* row) {
+                DispatchLayout(mPlanes, mPlanes - mColors, [&](auto layout) {
+                  SplitPlanes(static_cast<const float*>(pixels), mColumns, layout, mColumns, row);
+                });
+              }),
         mEnteringBins(mColumns * mColors),
         mLeavingBins(mColumns * mColors),
         mWindows(mWidth * mColors),
+        mPlaneRows(mWidth * mPlanes),
         mFirst(rect.top) {}
 
   void Row(int64_t y, float* out) {
     if (y == mFirst) {
-      for (int64_t i = y - mRadius; i < y + mRadius; i++) AddRow(i);
+      for (int64_t i = y - mRadius; i < y + mRadius; i++) AddRow(mRows.Row(i));
     }
-    Bin(Split(y + mRadius, mEntering), mEnteringBins);
-    Bin(Split(y - mRadius, mLeaving), mLeavingBins);
-    float* base = Split(y, mBase) + mRadius;
-    for (int c = 0; c < mColors; c++) {
-      BlurPlane({mEntering.Get() + c * mColumns, mEnteringBins.Get() + c * mColumns},
-                {mLeaving.Get() + c * mColumns, mLeavingBins.Get() + c * mColumns},
-                mWindows.Get() + c * mWidth, base + c * mColumns);
+    const float* entering = mRows.Row(y + mRadius);
+    const float* base = mRows.Row(y) + mRadius;
+    const float* leaving = mRows.Row(y - mRadius);
+    Bin(entering, mEnteringBins);
+    Bin(leaving, mLeavingBins);
+    float* apart = mPlaneRows.Get();
+    for (int c = 0; c < mPlanes; c++) {
+      const int64_t at = c * mColumns;
+      if (c < mColors) {
+        BlurPlane({entering + at, mEnteringBins.Get() + at},
+                  {leaving + at, mLeavingBins.Get() + at}, base + at, mWindows.Get() + c * mWidth,
+                  apart + c * mWidth);
+      } else {
+        std::memcpy(apart + c * mWidth, base + at, mWidth * sizeof(float));
+      }
     }
     DispatchLayout(mPlanes, mPlanes - mColors,
-                   [&](auto layout) { JoinPlanes(base, mWidth, layout, mColumns, out); });
+                   [&](auto layout) { JoinPlanes(apart, mWidth, layout, mWidth, out); });
   }
 
  private:
@@ -380,13 +376,6 @@ class FloatBlur {
     const float* samples;
     const int* bins;
   };
-
-  float* Split(int64_t y, Buffer<float>& apart) {
-    const float* row = mRows.Row(y);
-    DispatchLayout(mPlanes, mPlanes - mColors,
-                   [&](auto layout) { SplitPlanes(row, mColumns, layout, mColumns, apart.Get()); });
-    return apart.Get();
-  }
 
   void Bin(const float* __restrict row, Buffer<int>& bins) const {
     int* __restrict to = bins.Get();
@@ -416,10 +405,10 @@ class FloatBlur {
     return group;
   }
 
-  void AddRow(int64_t y) {
-    Bin(Split(y, mEntering), mEnteringBins);
+  void AddRow(const float* samples) {
+    Bin(samples, mEnteringBins);
     for (int c = 0; c < mColors; c++) {
-      const BinnedRow row = {mEntering.Get() + c * mColumns, mEnteringBins.Get() + c * mColumns};
+      const BinnedRow row = {samples + c * mColumns, mEnteringBins.Get() + c * mColumns};
       Group* windows = mWindows.Get() + c * mWidth;
       Group group = Start(row);
       for (int64_t x = 0; x < mWidth; x++) {
@@ -432,9 +421,8 @@ class FloatBlur {
     }
   }
 
-  // Blurs a plane of the base row in its place.
-  void BlurPlane(BinnedRow entering, BinnedRow leaving, Group* __restrict windows,
-                 float* __restrict base) const {
+  void BlurPlane(BinnedRow entering, BinnedRow leaving, const float* base,
+                 Group* __restrict windows, float* __restrict out) const {
     const int64_t next = 2 * mRadius + 1;
     Group in = Start(entering), gone = Start(leaving);
     constexpr int kBlock = kBinLanes * kBins;
@@ -468,7 +456,7 @@ class FloatBlur {
         }
       }
       means.Mix(mMix, result);
-      for (int l = 0; l < pixels; l++) base[left + l] = result[l];
+      for (int l = 0; l < pixels; l++) out[left + l] = result[l];
     }
   }
 
@@ -476,10 +464,10 @@ class FloatBlur {
   int64_t mRadius, mWidth;
   int64_t mColumns;  // of all windows
   int mPlanes, mColors;
-  RowWindow<float> mRows;
-  Buffer<float> mEntering, mLeaving, mBase;  // rows, their planes apart
+  RowWindow<float> mRows;  // their planes apart
   Buffer<int> mEnteringBins, mLeavingBins;
-  Buffer<Group> mWindows;  // between the rows: without the row that enters next
+  Buffer<Group> mWindows;    // between the rows: without the row that enters next
+  Buffer<float> mPlaneRows;  // the result of a row, its planes apart
   int64_t mFirst;
 };
 
