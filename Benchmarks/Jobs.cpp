@@ -8,7 +8,8 @@ namespace bench {
 
 std::vector<Job> Jobs() {
   std::vector<Job> jobs;
-  for (const auto& family : {BasicJobs, BlendingJobs, BlurJobs, ColorJobs, MeasureJobs}) {
+  for (const auto& family :
+       {BasicJobs, BlendingJobs, BlurJobs, ColorJobs, MeasureJobs, SurfaceBlurJobs}) {
     std::ranges::move(family(), std::back_inserter(jobs));
   }
   for (const catalog::Effect& effect : catalog::Effects()) {

@@ -12,7 +12,7 @@
 namespace catalog {
 namespace {
 
-constexpr Family (*kFamilies[])() = {Basics, Blending, Blur, ColorModes, Measures};
+constexpr Family (*kFamilies[])() = {Basics, Blending, Blur, ColorModes, Measures, SurfaceBlur};
 
 // Effects by name.
 const Family& Table() {

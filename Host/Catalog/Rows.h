@@ -59,5 +59,6 @@ Family Blur();
 Family Blending();
 Family ColorModes();
 Family Measures();
+Family SurfaceBlur();
 
 }  // namespace catalog

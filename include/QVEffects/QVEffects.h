@@ -12,5 +12,6 @@
 #include <QVEffects/QVEffectsMeasure.h>
 #include <QVEffects/QVEffectsMutex.h>
 #include <QVEffects/QVEffectsOutset.h>
+#include <QVEffects/QVEffectsSurfaceBlur.h>
 
 #endif

@@ -33,6 +33,8 @@ const Row kRows[] = {
     ROW(QVEffectsBoxBlurWithOffset, qv::RoundedOutset),
     ROW(QVEffectsBoxBlurWithOffsetAndAmount, qv::RoundedOutset),
     ROW(QVEffectsBoxBlurInt, qv::RoundedOutset),
+    ROW(QVEffectsSurfaceBlur, qv::RoundedOutset),
+    ROW(QVEffectsSurfaceBlurWithOffset, qv::RoundedOutset),
 
     // Gaussians.
     ROW(QVEffectsGaussianBlur, qv::GaussianOutset),
