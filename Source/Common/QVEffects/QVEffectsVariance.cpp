@@ -115,6 +115,8 @@ int Variance(__QVImage* src, __QVImage* dst, QVRect rect, int radius) {
 
 int QVEffectsVariance(__QVImage* src, __QVImage* dst, QVRect rect, int radius) {
   if (!src || !dst) return kQVStatusBadArgument;
+  // The copy that takes the place of a blur wouldn't mind.
+  if (!qv::HaveSamePixels(src, dst)) return kQVStatusUnsupported;
   return qv::Guard(kSource, kQVStatusUnknown, [&]() -> int {
     // What is written outside would be dropped.
     const QVRect inside = QVRectIntersect(rect, QVImageGetBounds(dst));
