@@ -4,10 +4,6 @@
 namespace catalog {
 namespace {
 
-int OutsetOfRadius(std::span<const Value> values) {
-  return static_cast<int>(std::get<double>(values[0]));
-}
-
 std::vector<Parameter> Parameters() {
   return {IntegerOf("radius", "px", 0, 100, 0, 8, "from the centre of the window to its sides"),
           NumberOf("threshold", "", 0, 1, 0, 0.1,
@@ -29,7 +25,7 @@ Family SurfaceBlur() {
                FUNCTION(QVEffectsSurfaceBlurLuminosity),
                "Smooths the brightness of areas, keeps edges and colours.",
                InPlace::Yes,
-               {OutsetOfRadius, kReachIsHard | kReachRounds},
+               {Radius, kReachIsHard | kReachRounds},
                Parameters(),
                kNeedsRGB},
           },
