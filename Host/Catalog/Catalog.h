@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The table of effects: what the command line, the tests over all effects, the benchmarks and the
-// gallery know about each of them. A new effect is a row in Catalog.cpp.
+// gallery know about each of them. A new effect is a row in its family's file.
 #pragma once
 
 #include <QVCore9/QVCore9.h>

@@ -44,12 +44,13 @@ QVEFFECTS_API int QVEffectsGetAvgColor(__QVImage* image, __QVImage* mask, QVRect
                                        float* weight);
 
 /** The standard deviation of each colour sample over the square around it: high at edges and in
- *  texture, 0 in flat parts up to the rounding of the mean. Transparency is that of `src`. Around
- *  `src` the colours at its edges go on; what falls outside `dst` is dropped. One more image of the
- *  rectangle and its surroundings is held, of twice the depth at 8 and 16 bits.
+ *  texture, near 0 in flat parts: the mean and the mean square are rounded (at 16 bits a flat part
+ *  comes out up to about 16). Transparency is that of `src`. Around `src` the colours at its edges
+ * go on, and beyond it the squares at the edges of what `rect` and `radius` cover; what falls
+ * outside `dst` is dropped. One more image of the rectangle and its surroundings is held, of twice
+ * the depth at 8 and 16 bits.
  *  @param src,dst source and destination: the same depth and planes, not the same image.
- *  @param rect    what to work on. A pixel of `dst` beyond `src` needs a part of `src` within the
- *                 radius of the rectangle.
+ *  @param rect    what to work on; within the radius of it there must be a pixel of `src`.
  *  @param radius  pixels on each side of the middle one; 0 or less is a square of one pixel.
  *  @return 0; kQVStatusUnsupported for a depth other than 8, 16 and 32 or images that differ in
  *          depth or planes; kQVStatusBadArgument for null or a row that can't be had; the statuses
@@ -65,11 +66,11 @@ QVEFFECTS_API int QVEffectsGetColorForIndex(unsigned index, float* rgb);
 
 /** Fills with a mix of two colours, which a mask tells at each pixel: where it is 1 with the first,
  *  where it is 0 with the second. Nothing is read from the image.
- *  @param dst    what to fill: 8, 16 or 32 bits, at most six planes; for others see there.
+ *  @param dst    what to fill: 8, 16 or 32 bits; under a mask at most six planes.
  *  @param rect   where; what falls outside `dst` is dropped.
  *  @param mask   one plane of 8, 16 or 32 bits, of its own depth and bounds, outside which its
  * edges go on; may be `dst`. An inverted mask is read upside down. Null fills with the first
- * colour, as QVEffectsFillColor() does.
+ * colour, as QVEffectsFillColor() does; so does a row of the mask that can't be had.
  *  @param color1 one float per plane of `dst`, transparency included, from 0 to 1. Results are
  *                rounded to nearest at 8 and 16 bits and held to the range (NaN is 0).
  *  @param color2 the same. Null mixes with the first colour at transparency 0.

@@ -102,8 +102,8 @@ void AddRow(const T* row, int width, Layout layout, qv::Strip& strip, Sums& sums
     sums.pixels += count;
   }
   if constexpr (Layout::colors == 1 && std::is_integral_v<T>) {
-    constexpr auto kMost = static_cast<double>(qv::Sample<T>::kMax * qv::Sample<T>::kMax);
-    if (sums.squares[0] + kMost * width < qv::kExactIntegers) {
+    constexpr auto kMost = static_cast<double>(qv::Sample<T>::kMax);
+    if (sums.squares[0] + kMost * kMost * width < qv::kExactIntegers) {
       return AddIntegers(row, width, layout, sums);
     }
   }

@@ -31,8 +31,7 @@ struct Colors {
 void Mix(const Colors& colors, bool isInverted, int planes, int pixels, Strip& strip) {
   const int count = qv::WholeVectors(pixels);
   alignas(64) float mask[qv::kStripPixels];
-  const float sign = isInverted ? -1.0f : 1.0f, offset = isInverted ? 1.0f : 0.0f;
-  for (int i = 0; i < count; i++) mask[i] = strip[0][i] * sign + offset;
+  for (int i = 0; i < count; i++) mask[i] = isInverted ? 1.0f - strip[0][i] : strip[0][i];
   for (int c = 0; c < planes; c++) {
     const float a = colors.first[c], b = colors.second[c];
     for (int i = 0; i < count; i++) strip[c][i] = b * (1.0f - mask[i]) + a * mask[i];
@@ -51,11 +50,16 @@ int FillGradient(__QVImage* dst, VRect rect, __QVImage* mask, qv::LoadStrip load
 
   Strip strip;
   for (int y = rect.top; y < rect.bottom; y++) {
-    const void* from = qv::Required(source.ReadRow(y, rect.left, width), kSource);
+    const void* from = source.ReadRow(y, rect.left, width);
     void* to = qv::Required(target.WriteRow(y, rect.left, width), kSource);
     for (int64_t x = 0; x < width; x += qv::kStripPixels) {
       const int pixels = static_cast<int>(std::min<int64_t>(width - x, qv::kStripPixels));
-      load(static_cast<const std::byte*>(from) + x * source.colBytes, 1, pixels, strip);
+      if (from) {
+        load(static_cast<const std::byte*>(from) + x * source.colBytes, 1, pixels, strip);
+      } else {
+        // A mask row that can't be had counts as absent.
+        std::fill_n(strip[0], qv::kStripPixels, isInverted ? 0.0f : 1.0f);
+      }
       Mix(colors, isInverted, planes, pixels, strip);
       qv::StoreSamples<T>(static_cast<T*>(to) + x * planes, planes, pixels, strip);
     }

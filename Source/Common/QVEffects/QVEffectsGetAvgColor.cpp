@@ -108,7 +108,7 @@ Sums AddRows(__QVImage* image, __QVImage* maskImage, const Mask& mask, VRect rec
       if (maskRow) {
         mask.load(maskRow, x, pixels, weights);
       } else {
-        weights.fill(mask.fullScale);
+        std::fill_n(weights.begin(), pixels, mask.fullScale);
       }
       Weigh(row + x * layout.planes, pixels, layout, weights);
       AddStrip(row + x * layout.planes, weights, pixels, layout, isByteMask, sums);

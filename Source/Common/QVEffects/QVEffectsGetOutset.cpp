@@ -15,7 +15,8 @@ int NoOutset(float) { return 0; }
 
 #define ROW(effect, outset) {reinterpret_cast<void*>(effect), outset}
 
-// By how they reach, in the order of the headers. An effect that isn't here needs the whole image.
+// By how they reach, in the order of the headers. Of an effect that isn't here the query knows
+// nothing.
 const Row kRows[] = {
     // One pixel at a time.
     ROW(QVEffectsInvert, NoOutset),

@@ -41,5 +41,5 @@ struct GaussianBoxes {
 /// The weights of a Gaussian from -R to R, R being qv::GaussianRadius(sigma); they add up to 1.
 /// @param filter receives an array for the caller to delete[], or null.
 /// @param size   receives the number of weights, 2 R + 1.
-/// @return 0, or kQVStatusUnknown3 when memory is short or sigma is below 0 or beyond 2^27.
+/// @return 0, or kQVStatusUnknown3 when memory is short or R is below 0 or above 2^29.
 QVEFFECTS_API int _CreateGauusianFilter(float sigma, float*& filter, int& size);
