@@ -43,13 +43,37 @@ class RowWindow {
     if (mIsFresh) mNext = row;
     mIsFresh = false;
     for (; mNext <= row; mNext++) {
-      const void* samples = mSource.ReadRow(static_cast<int>(mNext), mLeft, mWidth);
-      std::memcpy(Slot(mNext), Required(samples, mWhere), mSamples * sizeof(T));
+      Read(static_cast<int>(mNext), Slot(mNext));
     }
     return Slot(row);
   }
 
  private:
+  // The row goes on with the colours at its ends, and transparency 0. It is read as far as the
+  // image goes and put in its place at once; where it lies wholly beside, that is up to the
+  // accessor.
+  void Read(int row, T* to) {
+    const int64_t right = int64_t{mLeft} + mWidth;
+    int64_t first = std::max(mLeft, mSource.bounds.left);
+    int64_t end = std::min<int64_t>(right, mSource.bounds.right);
+    if (first >= end) {
+      first = mLeft;
+      end = right;
+    }
+    const void* samples =
+        mSource.ReadRow(row, static_cast<int>(first), static_cast<int>(end - first));
+    const ptrdiff_t planes = mSource.colBytes / static_cast<ptrdiff_t>(sizeof(T));
+    const ptrdiff_t colors = mSource.colorBytes / static_cast<ptrdiff_t>(sizeof(T));
+    T* const begin = to + (first - mLeft) * planes;
+    T* const last = to + (end - 1 - mLeft) * planes;
+    std::memcpy(begin, Required(samples, mWhere), (end - first) * planes * sizeof(T));
+    const auto extend = [&](T* pixel, const T* from) {
+      for (ptrdiff_t c = 0; c < planes; c++) pixel[c] = c < colors ? from[c] : T{0};
+    };
+    for (T* pixel = to; pixel < begin; pixel += planes) extend(pixel, begin);
+    for (T* pixel = last + planes; pixel < to + mSamples; pixel += planes) extend(pixel, last);
+  }
+
   int64_t Height() const { return int64_t{mSource.bounds.bottom} - mSource.bounds.top; }
   T* Slot(int64_t row) { return mRows.Get() + (row - mSource.bounds.top) % mSlots * mStride; }
 
