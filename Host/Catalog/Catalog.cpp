@@ -9,7 +9,7 @@
 namespace catalog {
 namespace {
 
-constexpr Family (*kFamilies[])() = {Basics, Blending, ColorModes};
+constexpr Family (*kFamilies[])() = {Basics, Blending, ColorModes, MedianFilters};
 
 // Effects by name.
 const Family& Table() {

@@ -49,5 +49,6 @@ struct Family {
 Family Basics();
 Family Blending();
 Family ColorModes();
+Family MedianFilters();
 
 }  // namespace catalog
