@@ -27,6 +27,7 @@ std::vector<Job> BlendingJobs();
 std::vector<Job> BlurJobs();
 std::vector<Job> ColorJobs();
 std::vector<Job> MeasureJobs();
+std::vector<Job> MedianJobs();
 std::vector<Job> SurfaceBlurJobs();
 
 /// The jobs of the families, then every other effect of the catalog from RGB to RGB at its good

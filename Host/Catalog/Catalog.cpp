@@ -12,7 +12,8 @@
 namespace catalog {
 namespace {
 
-constexpr Family (*kFamilies[])() = {Basics, Blending, Blur, ColorModes, Measures, SurfaceBlur};
+constexpr Family (*kFamilies[])() = {Basics,   Blending,      Blur,       ColorModes,
+                                     Measures, MedianFilters, SurfaceBlur};
 
 // Effects by name.
 const Family& Table() {

@@ -45,8 +45,8 @@ struct Parameter {
   std::span<const Choice> choices = {};
 };
 
-/// What an effect asks of its images.
-enum Needs : unsigned { kNeedsNothing = 0, kNeedsRGB = 1, kNeedsGray = 2 };
+/// What an effect asks of its images; integers are 8 and 16 bits.
+enum Needs : unsigned { kNeedsNothing = 0, kNeedsRGB = 1, kNeedsGray = 2, kNeedsInteger = 4 };
 
 /// Whether src and dst may be the same image.
 enum class InPlace { No, Yes };

@@ -59,6 +59,7 @@ Family Blur();
 Family Blending();
 Family ColorModes();
 Family Measures();
+Family MedianFilters();
 Family SurfaceBlur();
 
 }  // namespace catalog

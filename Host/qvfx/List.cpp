@@ -32,7 +32,9 @@ struct NeedName {
   unsigned need;
   const char* name;
 };
-constexpr NeedName kNeedNames[] = {{catalog::kNeedsRGB, "rgb"}, {catalog::kNeedsGray, "gray"}};
+constexpr NeedName kNeedNames[] = {{catalog::kNeedsRGB, "rgb"},
+                                   {catalog::kNeedsGray, "gray"},
+                                   {catalog::kNeedsInteger, "integer"}};
 
 Json ToJson(const Parameter& parameter, const catalog::Value& value) {
   if (IsImage(parameter.kind)) return nullptr;
@@ -136,6 +138,9 @@ void Help(const Words& words) {
   std::cout << effect.name << ": " << effect.summary << '\n';
   if (effect.needs & catalog::kNeedsRGB) std::cout << "Works on RGB pictures only.\n";
   if (effect.needs & catalog::kNeedsGray) std::cout << "Works on gray pictures only.\n";
+  if (effect.needs & catalog::kNeedsInteger) {
+    std::cout << "Works on pictures of 8 and 16 bits only.\n";
+  }
   PrintParameters(effect);
 }
 

@@ -46,6 +46,10 @@ void CheckNeeds(const catalog::Effect& effect, const Picture& picture) {
   if ((effect.needs & catalog::kNeedsGray) && picture.channels >= 3) {
     throw Failure(Exit::Effect, std::string(effect.name) + ": works on gray pictures only");
   }
+  if ((effect.needs & catalog::kNeedsInteger) && picture.depth == 32) {
+    throw Failure(Exit::Effect, std::string(effect.name) +
+                                    ": works on pictures of 8 and 16 bits only, not float");
+  }
 }
 
 void CheckStatus(const catalog::Effect& effect, int status, const std::string& place) {

@@ -54,6 +54,7 @@ void AddImages(EffectRun& run, size_t number) {
 
 bool Takes(const catalog::Effect& effect, const Form& form) {
   const bool isRGB = form.ColorSpace() == kQVColorSpaceRGB;
+  if ((effect.needs & catalog::kNeedsInteger) && form.depth == 32) return false;
   return !(effect.needs & (isRGB ? catalog::kNeedsGray : catalog::kNeedsRGB));
 }
 

@@ -10,6 +10,7 @@
 #include <QVEffects/QVEffectsColor.h>
 #include <QVEffects/QVEffectsConvert.h>
 #include <QVEffects/QVEffectsMeasure.h>
+#include <QVEffects/QVEffectsMedian.h>
 #include <QVEffects/QVEffectsMutex.h>
 #include <QVEffects/QVEffectsOutset.h>
 #include <QVEffects/QVEffectsSurfaceBlur.h>

@@ -36,6 +36,8 @@ const Row kRows[] = {
     ROW(QVEffectsBoxBlurInt, qv::RoundedOutset),
     ROW(QVEffectsSurfaceBlur, qv::RoundedOutset),
     ROW(QVEffectsSurfaceBlurWithOffset, qv::RoundedOutset),
+    ROW(QVEffectsMedian, qv::RoundedOutset),
+    ROW(QVEffectsDustAndScratch, qv::RoundedOutset),
 
     // Gaussians.
     ROW(QVEffectsGaussianBlur, qv::GaussianOutset),

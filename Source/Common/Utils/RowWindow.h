@@ -59,17 +59,35 @@ class RowWindow {
     if (mIsFresh) mNext = row;
     mIsFresh = false;
     for (; mNext <= row; mNext++) {
-      const void* pixels = Required(mSource.ReadRow(VRect::Held(mNext), mLeft, mWidth), mWhere);
-      if (mMake) {
-        mMake(pixels, Slot(mNext));
-      } else {
-        std::memcpy(Slot(mNext), pixels, mSamples * sizeof(T));
-      }
+      Read(VRect::Held(mNext), Slot(mNext));
     }
     return Slot(row);
   }
 
  private:
+  // What lies beside the image goes on with the colours at the row's ends, and transparency 0. A
+  // row that is kept as it is is read as far as the image goes and put in its place at once; all
+  // else is up to the accessor.
+  void Read(int row, T* to) {
+    const VRect inside = mSource.RowToRect(row, mLeft, mWidth).Intersect(mSource.bounds);
+    const bool isWhole = mMake || inside.IsEmpty();
+    const int first = isWhole ? mLeft : inside.left;
+    const int pixels = isWhole ? mWidth : inside.right - inside.left;
+    const void* samples = Required(mSource.ReadRow(row, first, pixels), mWhere);
+    if (mMake) return mMake(samples, to);
+
+    const ptrdiff_t planes = mSource.colBytes / static_cast<ptrdiff_t>(sizeof(T));
+    const ptrdiff_t colors = mSource.colorBytes / static_cast<ptrdiff_t>(sizeof(T));
+    T* const begin = to + (first - mLeft) * planes;
+    T* const end = begin + pixels * planes;
+    std::memcpy(begin, samples, pixels * planes * sizeof(T));
+    const auto extend = [&](T* pixel, const T* from) {
+      for (ptrdiff_t c = 0; c < planes; c++) pixel[c] = c < colors ? from[c] : T{0};
+    };
+    for (T* pixel = to; pixel < begin; pixel += planes) extend(pixel, begin);
+    for (T* pixel = end; pixel < to + mSamples; pixel += planes) extend(pixel, end - planes);
+  }
+
   static int InRange(int64_t value, Where where) {
     if (VRect::Held(value) != value) Fail(kQVStatusBadArgument, where);
     return static_cast<int>(value);
