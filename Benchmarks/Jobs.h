@@ -19,12 +19,14 @@ struct Job {
   bool (*peerTakes)(int type) = nullptr;  // whether images of OpenCV's type; null: all of them
   int (*run)(__QVImage* src) = nullptr;   // instead of an effect
   bool (*takes)(int type) = nullptr;      // whether ours takes images of OpenCV's type
+  bool masked = false;                    // whether the effect's masks are there
 };
 
 /// The jobs of a family that are paired with a peer, or timed with other values than the good ones.
 std::vector<Job> BasicJobs();
 std::vector<Job> BlendingJobs();
 std::vector<Job> ColorJobs();
+std::vector<Job> CurveJobs();
 
 /// The jobs of the families, then every other effect of the catalog from RGB to RGB at its good
 /// values.
