@@ -31,6 +31,10 @@ inline Parameter IntegerOf(std::string_view name, std::string_view unit, double 
   return {name, Kind::Integer, unit, min, max, neutral, good, help};
 }
 
+inline Parameter CurveOf(std::string_view name, Curve good, std::string_view help) {
+  return {name, Kind::Curve, "", 0, 1, Curve{{0, 0}, {1, 1}}, std::move(good), help};
+}
+
 inline Parameter ImageOf(std::string_view name, Kind kind, std::string_view help) {
   return {name, kind, "", 0, 0, Image(), Image(), help};
 }
@@ -49,5 +53,6 @@ struct Family {
 Family Basics();
 Family Blending();
 Family ColorModes();
+Family Curves();
 
 }  // namespace catalog

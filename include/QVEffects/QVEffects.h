@@ -8,5 +8,6 @@
 #include <QVEffects/QVEffectsBlend.h>
 #include <QVEffects/QVEffectsColor.h>
 #include <QVEffects/QVEffectsConvert.h>
+#include <QVEffects/QVEffectsCurves.h>
 
 #endif
