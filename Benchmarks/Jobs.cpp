@@ -8,7 +8,7 @@ namespace bench {
 
 std::vector<Job> Jobs() {
   std::vector<Job> jobs;
-  for (const auto& family : {BasicJobs, BlendingJobs, ColorJobs, CurveJobs}) {
+  for (const auto& family : {BasicJobs, BlendingJobs, BrightnessJobs, ColorJobs, CurveJobs}) {
     std::ranges::move(family(), std::back_inserter(jobs));
   }
   for (const catalog::Effect& effect : catalog::Effects()) {

@@ -26,6 +26,7 @@ struct Job {
 std::vector<Job> BasicJobs();
 std::vector<Job> BlendingJobs();
 std::vector<Job> ColorJobs();
+std::vector<Job> BrightnessJobs();
 std::vector<Job> CurveJobs();
 
 /// The jobs of the families, then every other effect of the catalog from RGB to RGB at its good

@@ -53,6 +53,7 @@ struct Family {
 Family Basics();
 Family Blending();
 Family ColorModes();
+Family Brightnesses();
 Family Curves();
 
 }  // namespace catalog

@@ -6,6 +6,7 @@
 
 #include <QVEffects/QVEffectsBasics.h>
 #include <QVEffects/QVEffectsBlend.h>
+#include <QVEffects/QVEffectsBrightness.h>
 #include <QVEffects/QVEffectsColor.h>
 #include <QVEffects/QVEffectsConvert.h>
 #include <QVEffects/QVEffectsCurves.h>

@@ -2,12 +2,9 @@
 // Curves: tables that map each level of a sample, made, joined, resized and applied.
 #include <QVEffects/QVEffectsCurves.h>
 
-#include <bit>
 #include <functional>
-#include <numeric>
 
-#include "Utils/Buffer.h"
-#include "Utils/EffectFrame.h"
+#include "Utils/LookUp.h"
 #include "Utils/QVEffectsUtils.h"
 
 namespace {
@@ -29,7 +26,7 @@ float Between(float below, float above, float part) { return part * above + (1.0
 
 // What the samples of a type are multiplied with to become positions.
 template <class T>
-constexpr float kToPosition = 0.0f;
+constexpr float kToPosition = 1.0f;
 template <>
 constexpr float kToPosition<ushort> = 0.0038910506f;
 template <>
@@ -126,66 +123,18 @@ void MakeTable(const float* curve, Mix<ushort> mix, ushort* table) {
 }
 
 template <class T>
-struct LookUp {
-  static constexpr int kSamples = 1 << (8 * sizeof(T));
-
-  qv::Buffer<T> tables;  // one for each colour plane
-
-  LookUp(const float* curves, int colors, Mix<T> mix) : tables(int64_t{colors} * kSamples) {
-    for (int c = 0; c < colors; c++) {
-      MakeTable(curves + ptrdiff_t{c} * kLevels, mix, tables.Get() + ptrdiff_t{c} * kSamples);
-    }
-  }
-
-  template <class Layout>
-  T Mapped(T sample, int plane, Layout layout) const {
-    return plane < layout.colors ? tables.Get()[plane * kSamples + sample] : sample;
-  }
-
-  template <class Layout>
-  void operator()(const T* __restrict in, T* __restrict out, int pixels, Layout layout) const {
-    if constexpr (!std::is_same_v<Layout, qv::AnyLayout>) {
-      // Samples come in by words: the loads of single ones would compete with those of the tables.
-      constexpr int kWord = sizeof(uint64_t) / sizeof(T);
-      constexpr int kGroup = std::lcm(kWord, Layout::planes);
-      for (; pixels >= kGroup / Layout::planes; pixels -= kGroup / Layout::planes) {
-        for (int at = 0; at < kGroup; at += kWord) {
-          uint64_t word;
-          std::memcpy(&word, in + at, sizeof word);
-          for (int i = 0; i < kWord; i++) {
-            const int place = std::endian::native == std::endian::little ? i : kWord - 1 - i;
-            const auto sample = static_cast<T>(word >> (8 * sizeof(T) * place));
-            out[at + i] = Mapped(sample, (at + i) % Layout::planes, layout);
-          }
-        }
-        in += kGroup;
-        out += kGroup;
-      }
-    }
-    for (; pixels > 0; pixels--, in += layout.planes, out += layout.planes) {
-      for (int c = 0; c < layout.planes; c++) out[c] = Mapped(in[c], c, layout);
-    }
-  }
-};
-
-// From so many pixels on, 16-bit tables take less time than they save.
-constexpr int64_t kTablePixels = 4 * 65536;
-
-template <class T>
 int ApplyCurves(__QVImage* src, __QVImage* dst, VRect rect, const float* curves, Mix<T> mix) {
   const int colors = std::max(QVImageGetNumPlanes(dst) - QVImageGetTransparency(dst), 0);
-  rect = rect.Intersect(MakeVRect(QVImageGetBounds(dst)));
-  const int64_t pixels = (int64_t{rect.right} - rect.left) * (int64_t{rect.bottom} - rect.top);
-  if constexpr (std::is_integral_v<T>) {
-    if (sizeof(T) == 1 || (colors <= 4 && pixels >= kTablePixels)) {
-      LookUp<T> row(curves, colors, mix);
+  if constexpr (!std::is_floating_point_v<T>) {
+    if (qv::IsWorthTables<T>(dst, rect, colors)) {
+      const qv::LookUp<T> row(colors, [&](int plane, T* table) {
+        MakeTable(curves + ptrdiff_t{plane} * kLevels, mix, table);
+      });
       return qv::MapRows<T>(kSource, src, dst, rect, std::cref(row));
     }
   }
-  if constexpr (sizeof(T) > 1) {
-    Interpolation<T> row(curves, mix);
-    return qv::MapRows<T>(kSource, src, dst, rect, std::ref(row));
-  }
+  Interpolation<T> row(curves, mix);
+  return qv::MapRows<T>(kSource, src, dst, rect, std::ref(row));
 }
 
 }  // namespace
