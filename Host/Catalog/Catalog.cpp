@@ -9,7 +9,7 @@
 namespace catalog {
 namespace {
 
-constexpr Family (*kFamilies[])() = {Basics, Blending, Brightnesses, ColorModes, Curves};
+constexpr Family (*kFamilies[])() = {Basics, Blending, Brightnesses, ColorModes, Curves, Masks};
 
 // Effects by name.
 const Family& Table() {

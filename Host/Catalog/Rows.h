@@ -55,5 +55,6 @@ Family Blending();
 Family ColorModes();
 Family Brightnesses();
 Family Curves();
+Family Masks();
 
 }  // namespace catalog

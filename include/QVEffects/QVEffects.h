@@ -10,5 +10,6 @@
 #include <QVEffects/QVEffectsColor.h>
 #include <QVEffects/QVEffectsConvert.h>
 #include <QVEffects/QVEffectsCurves.h>
+#include <QVEffects/QVEffectsMask.h>
 
 #endif
