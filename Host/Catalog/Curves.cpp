@@ -14,7 +14,8 @@ Family Curves() {
                InPlace::Yes,
                Pixelwise,
                {CurveOf("curve", {{0, 0}, {0.25f, 0.2f}, {0.75f, 0.85f}, {1, 1}},
-                        "what black (0) to white (1) become: points from:to, joined smoothly"),
+                        "what levels become, from black (0) to white (1): points x,y:x,y..., "
+                        "joined smoothly"),
                 NumberOf("amount", "", 0, 1, 0, 1, "how much of the result is seen")}},
           },
           {
