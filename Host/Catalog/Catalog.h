@@ -29,7 +29,7 @@ using Value = std::variant<double, Color, Curve, Image>;
 
 /// A layer is an image of the depth of src, which the effect needs. A mask is one of that depth and
 /// one plane, which may be missing.
-enum class Kind { Number, Integer, Flag, Choice, Rgba, Curve, Layer, Mask };
+enum class Kind { Number, Integer, Flag, Choice, Rgba, Points, Layer, Mask };
 
 inline bool IsImage(Kind kind) { return kind == Kind::Layer || kind == Kind::Mask; }
 

@@ -32,7 +32,7 @@ inline Parameter IntegerOf(std::string_view name, std::string_view unit, double 
 }
 
 inline Parameter CurveOf(std::string_view name, Curve good, std::string_view help) {
-  return {name, Kind::Curve, "", 0, 1, Curve{{0, 0}, {1, 1}}, std::move(good), help};
+  return {name, Kind::Points, "", 0, 1, Curve{{0, 0}, {1, 1}}, std::move(good), help};
 }
 
 inline Parameter ImageOf(std::string_view name, Kind kind, std::string_view help) {

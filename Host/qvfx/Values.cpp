@@ -177,7 +177,7 @@ Value ParseValue(const Parameter& parameter, std::string_view text, const std::s
                       ": not a colour (#rrggbb, #rrggbbaa, r,g,b or r,g,b,a in 0 to 1, one "
                       "gray, or a name such as red)");
   }
-  if (parameter.kind == Kind::Curve) {
+  if (parameter.kind == Kind::Points) {
     if (auto curve = ParseCurve(text)) return *std::move(curve);
     throw Failure(Exit::Usage,
                   where + ": not a curve (two or more points x,y:x,y:... in 0 to 1, x rising)");
@@ -198,7 +198,7 @@ std::string FormatValue(const Parameter& parameter, const Value& value) {
         std::ranges::find(parameter.choices, std::get<double>(value), &catalog::Choice::value)
             ->name);
   }
-  if (parameter.kind == Kind::Curve) {
+  if (parameter.kind == Kind::Points) {
     std::string points;
     for (const auto& [x, y] : std::get<Curve>(value)) {
       points.append(points.empty() ? "" : ":").append(Shortest(x)).append(",").append(Shortest(y));
@@ -215,7 +215,7 @@ std::string FormatRange(const Parameter& parameter) {
   if (parameter.kind == Kind::Layer) return "a picture's file";
   if (parameter.kind == Kind::Mask) return "a picture's file, or nothing";
   if (parameter.kind == Kind::Rgba) return "a colour";
-  if (parameter.kind == Kind::Curve) return "a curve";
+  if (parameter.kind == Kind::Points) return "a curve";
   if (parameter.kind == Kind::Flag) return "on or off";
   if (parameter.kind == Kind::Choice) return "one of " + std::to_string(parameter.choices.size());
   std::string text = Shortest(parameter.min) + " to " + Shortest(parameter.max);

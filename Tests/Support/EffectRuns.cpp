@@ -16,7 +16,7 @@ Value Extreme(const catalog::Parameter& parameter, bool largest) {
   if (parameter.kind == catalog::Kind::Rgba) {
     return largest ? catalog::Color{1, 1, 1, 1} : catalog::Color{0, 0, 0, 0};
   }
-  if (parameter.kind == catalog::Kind::Curve) {
+  if (parameter.kind == catalog::Kind::Points) {
     return largest ? catalog::Curve{{0.25f, 0}, {0.75f, 1}} : catalog::Curve{{0, 1}, {1, 0}};
   }
   return largest ? parameter.max : parameter.min;
