@@ -23,7 +23,7 @@ bool Is8Bit(int type) { return CV_MAT_DEPTH(type) == CV_8U; }
 
 }  // namespace
 
-// Ours has a curve for each channel throughout.
+// At 8 bits ours has a table for each channel throughout.
 std::vector<Job> CurveJobs() {
   return {
       {"curves", "apply-curves", {kCurve, 1.0}, "opencv/LUT", Curves, Is8Bit},

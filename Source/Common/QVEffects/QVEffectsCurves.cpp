@@ -122,12 +122,22 @@ void MakeTable(const float* curve, Mix<ushort> mix, ushort* table) {
   Interpolation<ushort>(curve, mix)(table, table, 0x10000, qv::FixedLayout<1, 0>());
 }
 
+bool AreAlike(const float* curves, int colors) {
+  for (int c = 1; c < colors; c++) {
+    const float* other = curves + ptrdiff_t{c} * kLevels;
+    if (std::memcmp(other, curves, kLevels * sizeof(float)) != 0) return false;
+  }
+  return true;
+}
+
 template <class T>
 int ApplyCurves(__QVImage* src, __QVImage* dst, VRect rect, const float* curves, Mix<T> mix) {
   const int colors = std::max(QVImageGetNumPlanes(dst) - QVImageGetTransparency(dst), 0);
   if constexpr (!std::is_floating_point_v<T>) {
-    if (qv::IsWorthTables<T>(dst, rect, colors)) {
-      const qv::LookUp<T> row(colors, [&](int plane, T* table) {
+    // Tables of 8 bits all stay in the first cache.
+    const int tables = sizeof(T) > 1 && AreAlike(curves, colors) ? 1 : colors;
+    if (qv::IsWorthTables<T>(dst, rect, tables)) {
+      const qv::LookUp<T> row(tables, [&](int plane, T* table) {
         MakeTable(curves + ptrdiff_t{plane} * kLevels, mix, table);
       });
       return qv::MapRows<T>(kSource, src, dst, rect, std::cref(row));
