@@ -40,8 +40,9 @@ using Image = std::unique_ptr<__QVImage, Release>;
 // An image of the core library's own, with rows that start at cache lines.
 Image MakeImage(const Form& form) {
   __QVImage* image = nullptr;
-  QVImageCreateWithParams2({0, 0, kWidth, kHeight}, form.depth, form.planes, kQVColorSpaceRGB,
-                           form.planes == 4, 1, &image);
+  QVImageCreateWithParams2({0, 0, kWidth, kHeight}, form.depth, form.planes,
+                           form.planes > 1 ? kQVColorSpaceRGB : kQVColorSpaceGray, form.planes == 4,
+                           1, &image);
   QVImageFill(image, 0);
   return Image(image);
 }
@@ -49,14 +50,15 @@ Image MakeImage(const Form& form) {
 // Source and destination of one form, for a peer and for us.
 struct Images {
   cv::Mat src, dst;
-  Image ourSrc, ourDst, ourLayer;
+  Image ourSrc, ourDst, ourLayer, ourMask;
 
   explicit Images(const Form& form)
       : src(kHeight, kWidth, form.type),
         dst(kHeight, kWidth, form.type),
         ourSrc(MakeImage(form)),
         ourDst(MakeImage(form)),
-        ourLayer(MakeImage(form)) {
+        ourLayer(MakeImage(form)),
+        ourMask(MakeImage({"", 0, form.depth, 1})) {
     cv::theRNG().state = 1;
     cv::randu(src, 0, form.depth == 32 ? 1.0 : form.depth == 16 ? 65536.0 : 256.0);
     dst.setTo(cv::Scalar::all(0));
@@ -66,6 +68,8 @@ struct Images {
     cv::randu(layer, 0, form.depth == 32 ? 1.0 : form.depth == 16 ? 65536.0 : 256.0);
     QVImageWrite2(ourLayer.get(), {0, 0, kWidth, kHeight}, 0, -1, layer.data,
                   static_cast<int>(layer.step), 0);
+    // The layer's samples serve the mask, too: there are more than it needs.
+    QVImageWrite2(ourMask.get(), {0, 0, kWidth, kHeight}, 0, -1, layer.data, -1, 0);
   }
 };
 
@@ -121,7 +125,9 @@ void TimeOurs(benchmark::State& state, const Form& form, const Job& job) {
   const catalog::Effect* effect = catalog::Find(job.effect);
   std::vector<catalog::Value> values = job.values;
   for (size_t i = 0; i < values.size(); i++) {
-    if (effect->parameters[i].kind == catalog::Kind::Layer) values[i] = images.ourLayer.get();
+    const catalog::Kind kind = effect->parameters[i].kind;
+    if (kind == catalog::Kind::Layer) values[i] = images.ourLayer.get();
+    if (kind == catalog::Kind::Mask && job.masked) values[i] = images.ourMask.get();
   }
   const auto call = [&] {
     return job.run

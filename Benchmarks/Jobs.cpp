@@ -8,8 +8,8 @@ namespace bench {
 
 std::vector<Job> Jobs() {
   std::vector<Job> jobs;
-  for (const auto& family :
-       {BasicJobs, BlendingJobs, BlurJobs, ColorJobs, MeasureJobs, MedianJobs, SurfaceBlurJobs}) {
+  for (const auto& family : {BasicJobs, BlendingJobs, BlurJobs, BrightnessJobs, ColorJobs,
+                             CurveJobs, MaskJobs, MeasureJobs, MedianJobs, SurfaceBlurJobs}) {
     std::ranges::move(family(), std::back_inserter(jobs));
   }
   for (const catalog::Effect& effect : catalog::Effects()) {

@@ -19,6 +19,7 @@ struct Job {
   bool (*peerTakes)(int type) = nullptr;  // whether images of OpenCV's type; null: all of them
   int (*run)(__QVImage* src) = nullptr;   // instead of an effect
   bool (*takes)(int type) = nullptr;      // whether ours takes images of OpenCV's type
+  bool masked = false;                    // whether the effect's masks are there
 };
 
 /// The jobs of a family that are paired with a peer, or timed with other values than the good ones.
@@ -26,6 +27,9 @@ std::vector<Job> BasicJobs();
 std::vector<Job> BlendingJobs();
 std::vector<Job> BlurJobs();
 std::vector<Job> ColorJobs();
+std::vector<Job> BrightnessJobs();
+std::vector<Job> CurveJobs();
+std::vector<Job> MaskJobs();
 std::vector<Job> MeasureJobs();
 std::vector<Job> MedianJobs();
 std::vector<Job> SurfaceBlurJobs();

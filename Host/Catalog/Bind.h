@@ -31,7 +31,8 @@ class Argument<__QVImage*> {
   __QVImage* mImage;
 };
 
-// A colour: one float per plane of the destination. A gray image takes the colour's luma.
+// A colour: one float per plane of the destination. A gray image takes the colour's luma. Or a
+// curve: 256 floats for each colour plane of the destination.
 template <>
 class Argument<const float*> {
  public:

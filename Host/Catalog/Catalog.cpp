@@ -12,8 +12,8 @@
 namespace catalog {
 namespace {
 
-constexpr Family (*kFamilies[])() = {Basics,   Blending,      Blur,       ColorModes,
-                                     Measures, MedianFilters, SurfaceBlur};
+constexpr Family (*kFamilies[])() = {Basics, Blending, Blur,     Brightnesses,  ColorModes,
+                                     Curves, Masks,    Measures, MedianFilters, SurfaceBlur};
 
 // Effects by name.
 const Family& Table() {
@@ -85,8 +85,13 @@ std::string_view StatusMeaning(int status) {
 }
 
 Argument<const float*>::Argument(const Value& value, const Call& call) {
-  const Color& color = std::get<Color>(value);
   const int colors = QVImageGetNumPlanes(call.dst) - QVImageGetTransparency(call.dst);
+  if (const Curve* curve = std::get_if<Curve>(&value)) {
+    const std::vector<float> levels = CurveLevels(*curve);
+    for (int c = 0; c < colors; c++) mSamples.insert(mSamples.end(), levels.begin(), levels.end());
+    return;
+  }
+  const Color& color = std::get<Color>(value);
   if (colors >= 3) {
     mSamples.assign(color.begin(), color.begin() + 3);
   } else {

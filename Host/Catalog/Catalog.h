@@ -20,11 +20,16 @@ using Color = std::array<float, 4>;
 /// An image beside src; null for none.
 using Image = __QVImage*;
 
-/// A parameter's value: a number (also an integer, a flag or a choice), a colour or an image.
-using Value = std::variant<double, Color, Image>;
+/// The points of a curve, from 0 to 1, each further right than the one before; two at least.
+using Curve = std::vector<std::array<float, 2>>;
 
-/// A layer is an image of the depth of src, which the effect needs; a mask may be missing.
-enum class Kind { Number, Integer, Flag, Choice, Rgba, Layer, Mask };
+/// A parameter's value: a number (also an integer, a flag or a choice), a colour, a curve or an
+/// image.
+using Value = std::variant<double, Color, Curve, Image>;
+
+/// A layer is an image of the depth of src, which the effect needs. A mask is one of that depth and
+/// one plane, which may be missing.
+enum class Kind { Number, Integer, Flag, Choice, Rgba, Points, Layer, Mask };
 
 inline bool IsImage(Kind kind) { return kind == Kind::Layer || kind == Kind::Mask; }
 
@@ -122,6 +127,10 @@ int OutsetOf(const Effect& effect, std::span<const Value> values);
 
 /// The good value of each parameter.
 std::vector<Value> GoodValues(const Effect& effect);
+
+/// The 256 levels of a curve: a smooth one through its points that rises and falls only where they
+/// do, and is level outside them.
+std::vector<float> CurveLevels(const Curve& curve);
 
 /// A status in words.
 std::string_view StatusMeaning(int status);

@@ -36,6 +36,10 @@ inline Parameter IntegerOf(std::string_view name, std::string_view unit, double 
   return {name, Kind::Integer, unit, min, max, neutral, good, help};
 }
 
+inline Parameter CurveOf(std::string_view name, Curve good, std::string_view help) {
+  return {name, Kind::Points, "", 0, 1, Curve{{0, 0}, {1, 1}}, std::move(good), help};
+}
+
 inline Parameter ImageOf(std::string_view name, Kind kind, std::string_view help) {
   return {name, kind, "", 0, 0, Image(), Image(), help};
 }
@@ -58,6 +62,9 @@ Family Basics();
 Family Blur();
 Family Blending();
 Family ColorModes();
+Family Brightnesses();
+Family Curves();
+Family Masks();
 Family Measures();
 Family MedianFilters();
 Family SurfaceBlur();

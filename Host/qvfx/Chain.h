@@ -34,7 +34,8 @@ std::vector<Step> ParseChain(std::span<const std::string> words);
 /// The effect of this name; throws a usage failure that suggests one when there is none.
 const catalog::Effect& EffectNamed(std::string_view name);
 
-/// Reads the pictures that the steps take beside, layers in the form of the one they work on.
+/// Reads the pictures that the steps take beside, layers in the form of the one they work on, masks
+/// in its depth.
 void ReadBeside(std::span<Step> chain, const Picture& picture, const Console& console);
 
 /// Runs one effect on a rectangle of a picture whose colours aren't associated; pixels outside

@@ -112,6 +112,11 @@ Picture WithoutTransparency(Picture picture) {
                  [colors](const auto* from, auto* to) { std::copy_n(from, colors, to); });
 }
 
+Picture FirstPlane(Picture picture) {
+  if (picture.channels == 1) return picture;
+  return Reshape(std::move(picture), 1, [](const auto* from, auto* to) { *to = *from; });
+}
+
 Picture WithRGB(Picture picture) {
   if (picture.channels >= 3) return picture;
   const int grays = picture.channels;

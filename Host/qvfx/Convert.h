@@ -20,6 +20,9 @@ Picture WithTransparency(Picture picture);
 /// The picture without its transparency.
 Picture WithoutTransparency(Picture picture);
 
+/// The first sample of each pixel: a mask.
+Picture FirstPlane(Picture picture);
+
 /// The picture with three colour samples a pixel.
 Picture WithRGB(Picture picture);
 

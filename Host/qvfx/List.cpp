@@ -25,8 +25,8 @@ struct KindName {
 };
 constexpr KindName kKindNames[] = {{Kind::Number, "number"}, {Kind::Integer, "integer"},
                                    {Kind::Flag, "flag"},     {Kind::Choice, "choice"},
-                                   {Kind::Rgba, "color"},    {Kind::Layer, "image"},
-                                   {Kind::Mask, "mask"}};
+                                   {Kind::Rgba, "color"},    {Kind::Points, "curve"},
+                                   {Kind::Layer, "image"},   {Kind::Mask, "mask"}};
 
 struct NeedName {
   unsigned need;
@@ -39,6 +39,7 @@ constexpr NeedName kNeedNames[] = {{catalog::kNeedsRGB, "rgb"},
 Json ToJson(const Parameter& parameter, const catalog::Value& value) {
   if (IsImage(parameter.kind)) return nullptr;
   if (parameter.kind == Kind::Rgba) return std::get<catalog::Color>(value);
+  if (parameter.kind == Kind::Points) return std::get<catalog::Curve>(value);
   if (parameter.kind == Kind::Choice) return FormatValue(parameter, value);
   const double number = std::get<double>(value);
   if (parameter.kind == Kind::Flag) return number != 0;

@@ -98,7 +98,8 @@ void ReadBeside(std::span<Step> chain, const Picture& picture, const Console& co
       beside.picture = ReadImage(beside.path, console);
       InStage(Exit::Effect, beside.path, [&] {
         beside.picture = WithAssociation(std::move(beside.picture), false);
-        if (isLayer) beside.picture = AsLayerOver(std::move(beside.picture), picture, beside.path);
+        beside.picture = isLayer ? AsLayerOver(std::move(beside.picture), picture, beside.path)
+                                 : WithDepth(FirstPlane(std::move(beside.picture)), picture.depth);
         beside.view = ViewOf(beside.picture);
         if (!beside.view) throw std::bad_alloc();
       });

@@ -14,6 +14,7 @@ namespace qvfx {
 namespace {
 
 using catalog::Color;
+using catalog::Curve;
 using catalog::Kind;
 using catalog::Parameter;
 using catalog::Value;
@@ -91,6 +92,21 @@ std::optional<Color> ParseColor(std::string_view text) {
   return text.starts_with('#') ? ParseHex(text.substr(1)) : ParseSamples(text);
 }
 
+// x,y:x,y...
+std::optional<Curve> ParseCurve(std::string_view text) {
+  Curve curve;
+  for (const std::string_view part : Split(text, ':')) {
+    const auto point = Split(part, ',');
+    if (point.size() != 2) return {};
+    const auto x = ParseNumber(point[0]), y = ParseNumber(point[1]);
+    if (!x || !y || *x < 0 || *x > 1 || *y < 0 || *y > 1) return {};
+    curve.push_back({static_cast<float>(*x), static_cast<float>(*y)});
+    if (curve.size() > 1 && !(curve.end()[-1][0] > curve.end()[-2][0])) return {};
+  }
+  if (curve.size() < 2) return {};
+  return curve;
+}
+
 std::string Shortest(auto number) {
   char text[32];
   return std::string(text, std::to_chars(text, std::end(text), number).ptr);
@@ -161,6 +177,11 @@ Value ParseValue(const Parameter& parameter, std::string_view text, const std::s
                       ": not a colour (#rrggbb, #rrggbbaa, r,g,b or r,g,b,a in 0 to 1, one "
                       "gray, or a name such as red)");
   }
+  if (parameter.kind == Kind::Points) {
+    if (auto curve = ParseCurve(text)) return *std::move(curve);
+    throw Failure(Exit::Usage,
+                  where + ": not a curve (two or more points x,y:x,y:... in 0 to 1, x rising)");
+  }
   if (parameter.kind == Kind::Flag) {
     const auto* flag = std::ranges::find(kFlags, text, &NamedFlag::name);
     if (flag == std::end(kFlags)) throw Failure(Exit::Usage, where + ": neither on nor off");
@@ -177,6 +198,13 @@ std::string FormatValue(const Parameter& parameter, const Value& value) {
         std::ranges::find(parameter.choices, std::get<double>(value), &catalog::Choice::value)
             ->name);
   }
+  if (parameter.kind == Kind::Points) {
+    std::string points;
+    for (const auto& [x, y] : std::get<Curve>(value)) {
+      points.append(points.empty() ? "" : ":").append(Shortest(x)).append(",").append(Shortest(y));
+    }
+    return points;
+  }
   if (parameter.kind != Kind::Rgba) return Shortest(std::get<double>(value));
   const Color& color = std::get<Color>(value);
   std::string text = Shortest(color[0]) + "," + Shortest(color[1]) + "," + Shortest(color[2]);
@@ -187,6 +215,7 @@ std::string FormatRange(const Parameter& parameter) {
   if (parameter.kind == Kind::Layer) return "a picture's file";
   if (parameter.kind == Kind::Mask) return "a picture's file, or nothing";
   if (parameter.kind == Kind::Rgba) return "a colour";
+  if (parameter.kind == Kind::Points) return "a curve";
   if (parameter.kind == Kind::Flag) return "on or off";
   if (parameter.kind == Kind::Choice) return "one of " + std::to_string(parameter.choices.size());
   std::string text = Shortest(parameter.min) + " to " + Shortest(parameter.max);

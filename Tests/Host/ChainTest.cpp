@@ -2,6 +2,9 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
+#include <algorithm>
+#include <map>
+
 #include "Catalog.h"
 #include "QvfxRun.h"
 
@@ -72,6 +75,24 @@ TEST_F(ChainTest, Colors) {
   }
 }
 
+// Straight pieces stay straight, level ones level; the rest rises where the points do.
+TEST_F(ChainTest, Curves) {
+  WriteIn("in.png", 4);
+  QvfxDone("in.png -o out.png apply-curves curve=0,1:1,0");
+  QvfxDone("in.png -o inverted.png invert");
+  EXPECT_EQ(ReadStored(At("out.png")).samples, ReadStored(At("inverted.png")).samples);
+  QvfxDone("in.png -o out.png apply-curves curve=0.2,0:0.4,0.1:0.6,0.9:0.8,1");
+  const std::vector<float> mapped = ReadStored(At("out.png")).samples;
+  std::map<float, float> levels;
+  for (std::size_t i = 0; i < mIn.size(); ++i) {
+    if (i % 4 < 3) levels[mIn[i]] = mapped[i];
+  }
+  EXPECT_EQ(levels[49], 0);
+  EXPECT_EQ(levels[210], 255);
+  EXPECT_THAT(levels[126], testing::AllOf(testing::Ge(115), testing::Le(130)));
+  EXPECT_TRUE(std::ranges::is_sorted(levels, {}, [](auto& level) { return level.second; }));
+}
+
 TEST_F(ChainTest, Choices) {
   WriteStored(At("in.png"), {SpecOf(1, 1, 4, OIIO::TypeUInt8), {0, 0, 201, 9}});
   QvfxDone("in.png -o out.png convert-mode");
@@ -121,6 +142,14 @@ TEST_F(ChainTest, PicturesBeside) {
     const bool seen = x < 3 && y < 2 && !(x == 1 && y == 0);
     EXPECT_EQ(samples[i], seen ? 200 : mIn[i]) << x << "," << y;
   }
+  // A mask of another depth, by the first of its samples.
+  WriteStored(At("mask.png"), {SpecOf(kWidth, kHeight, 3, OIIO::TypeUInt16), [] {
+    std::vector<float> mask(kWidth * kHeight * 3, 0);
+    for (std::size_t i = 0; i < mask.size(); i += 3) mask[i] = i == 3 ? 0 : 65535;
+    return mask;
+  }()});
+  QvfxDone("in.png -o masked.png blend with=small.png mode=normal mask=mask.png");
+  EXPECT_EQ(ReadStored(At("masked.png")).samples, samples);
   QvfxDone("in.png -o out.png blend with=small.png opacity=0");
   EXPECT_EQ(ReadStored(At("out.png")).samples, mIn);
   EXPECT_EQ(Qvfx("small.png -o no.png blend with=in.png").code, 5);

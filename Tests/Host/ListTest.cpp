@@ -32,6 +32,10 @@ TEST_F(ListTest, Json) {
   EXPECT_EQ((*convert)["parameters"][0]["kind"], "choice");
   EXPECT_EQ((*convert)["parameters"][0]["default"], "rgb-to-hsb");
   EXPECT_EQ((*convert)["parameters"][0]["choices"].size(), 6u);
+  const auto curves =
+      std::ranges::find(list, "apply-curves", [](auto& effect) { return effect["name"]; });
+  ASSERT_NE(curves, list.end());
+  EXPECT_EQ((*curves)["parameters"][0]["neutral"].dump(), "[[0.0,0.0],[1.0,1.0]]");
   for (const auto& effect : list) {
     for (const auto& parameter : effect["parameters"]) {
       if (parameter["kind"] != "number" && parameter["kind"] != "integer") continue;

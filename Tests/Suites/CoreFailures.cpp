@@ -19,7 +19,19 @@ enum class Operation { kCreate, kRead, kWrite };
 struct Plan {
   Operation operation;
   int countdown;  // the call that fails; 0 for none
+  const EffectRun* run;
 } sPlan;
+
+// Without its rows a mask is absent, which is no failure.
+bool IsMask(__QVImage* image) {
+  const EffectRun* run = sPlan.run;
+  for (size_t i = 0; run && i < run->values.size(); i++) {
+    const auto* value = std::get_if<catalog::Image>(&run->values[i]);
+    const bool isMask = run->effect->parameters[i].kind == catalog::Kind::Mask;
+    if (isMask && value && *value == image) return true;
+  }
+  return false;
+}
 
 bool Fails(Operation operation) {
   return operation == sPlan.operation && sPlan.countdown > 0 && --sPlan.countdown == 0;
@@ -53,7 +65,7 @@ __attribute__((visibility("default"))) int QVImageRead2(__QVImage* image, QVRect
                                                         int last, void* buffer, int rowBytes,
                                                         int reserved) {
   static const auto next = NEXT(QVImageRead2);
-  if (Fails(Operation::kRead)) return kFailure;
+  if (!IsMask(image) && Fails(Operation::kRead)) return kFailure;
   return next(image, rect, first, last, buffer, rowBytes, reserved);
 }
 
@@ -98,7 +110,7 @@ TEST_P(CoreFailures, ComeBackAsStatus) {
       for (int n = 1;; n++) {
         TestImage src(kBounds, run.form, Residency::kCallbacks, 1);
         TestImage dst(kBounds, run.DstForm(), Residency::kCallbacks, 2);
-        sPlan = {operation, n};
+        sPlan = {operation, n, &run};
         sEvents = 0;
         const int status = run(src, dst, kRect);
         if (std::exchange(sPlan, {}).countdown > 0) {

@@ -16,6 +16,9 @@ Value Extreme(const catalog::Parameter& parameter, bool largest) {
   if (parameter.kind == catalog::Kind::Rgba) {
     return largest ? catalog::Color{1, 1, 1, 1} : catalog::Color{0, 0, 0, 0};
   }
+  if (parameter.kind == catalog::Kind::Points) {
+    return largest ? catalog::Curve{{0.25f, 0}, {0.75f, 1}} : catalog::Curve{{0, 1}, {1, 0}};
+  }
   return largest ? parameter.max : parameter.min;
 }
 
@@ -45,7 +48,7 @@ void AddImages(EffectRun& run, size_t number) {
   for (size_t i = 0; i < run.values.size(); i++) {
     const catalog::Kind kind = run.effect->parameters[i].kind;
     if (!IsImage(kind) || (kind == catalog::Kind::Mask && number % 2 == 0)) continue;
-    const Form form = kind == catalog::Kind::Mask ? Form{8, 1, 0} : run.form;
+    const Form form = kind == catalog::Kind::Mask ? Form{run.form.depth, 1, 0} : run.form;
     run.beside.push_back(
         std::make_shared<TestImage>(QVRect{0, 4, 31, 18}, form, Residency::kMemory, 9));
     run.values[i] = static_cast<__QVImage*>(*run.beside.back());
@@ -65,6 +68,8 @@ std::ostream& operator<<(std::ostream& out, const EffectRun& run) {
   for (const Value& value : run.values) {
     if (const double* number = std::get_if<double>(&value)) {
       out << ' ' << *number;
+    } else if (const auto* curve = std::get_if<catalog::Curve>(&value)) {
+      for (const auto& [x, y] : *curve) out << ' ' << x << ',' << y;
     } else if (const auto* image = std::get_if<catalog::Image>(&value)) {
       out << (*image ? " image" : " none");
     } else {

@@ -7,8 +7,11 @@
 #include <QVEffects/QVEffectsBasics.h>
 #include <QVEffects/QVEffectsBlend.h>
 #include <QVEffects/QVEffectsBlur.h>
+#include <QVEffects/QVEffectsBrightness.h>
 #include <QVEffects/QVEffectsColor.h>
 #include <QVEffects/QVEffectsConvert.h>
+#include <QVEffects/QVEffectsCurves.h>
+#include <QVEffects/QVEffectsMask.h>
 #include <QVEffects/QVEffectsMeasure.h>
 #include <QVEffects/QVEffectsMedian.h>
 #include <QVEffects/QVEffectsMutex.h>

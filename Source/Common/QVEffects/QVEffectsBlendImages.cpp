@@ -5,6 +5,7 @@
 #include <array>
 
 #include "Utils/BlendModes.h"
+#include "Utils/Masks.h"
 
 namespace {
 
@@ -75,16 +76,12 @@ void CompositeWhole(const Strip& mixed, int colors, float max, int pixels, Strip
 
 // ---- Rows
 
-bool IsInverted(__QVImage* mask) {
-  return mask && QVImageGetType(mask) == kQVImageTypeInvertedMask;
-}
-
 // The pixel outside a mask, which counts as 1: full scale, or 0 where it is read upside down.
 struct MaskFill {
   alignas(float) std::byte bytes[kStripPlanes * sizeof(float)] = {};
 
   explicit MaskFill(__QVImage* mask) {
-    if (!mask || IsInverted(mask)) return;
+    if (!mask || qv::IsInverted(mask)) return;
     if (QVImageGetPlaneBytes(mask) == sizeof(float)) {
       for (size_t i = 0; i < sizeof bytes; i += sizeof kWhite) {
         std::memcpy(bytes + i, &kWhite, sizeof kWhite);
@@ -97,35 +94,31 @@ struct MaskFill {
   static constexpr float kWhite = 1.0f;
 };
 
-// A mask sample s counts as s * sign + offset.
 struct Mask {
   MaskFill fill;
-  QVImageAccess image;
   qv::LoadStrip load;
-  int planes;
-  float sign, offset;
+  qv::MaskSense sense;
+  int planes, colBytes;
   const std::byte* row = nullptr;
   Strip strip = {};
 
-  Mask(__QVImage* anImage, qv::LoadStrip aLoad)
-      : fill(anImage),
-        image(anImage, fill.bytes),
+  Mask(__QVImage* image, qv::LoadStrip aLoad)
+      : fill(image),
         load(aLoad),
-        planes(anImage ? QVImageGetNumPlanes(anImage) : 0),
-        sign(IsInverted(anImage) ? -1.0f : 1.0f),
-        offset(IsInverted(anImage) ? 1.0f : 0.0f) {}
+        sense(image),
+        planes(image ? QVImageGetNumPlanes(image) : 0),
+        colBytes(image ? QVImageGetColBytes(image) : 0) {}
 };
 
 struct Layer {
-  QVImageAccess image;
   int planes;
   float opacity;
   const std::byte* row = nullptr;
   Strip strip = {};
   alignas(64) float coverage[kStripPixels];
 
-  Layer(__QVImage* anImage, float anOpacity, int colors)
-      : image(anImage, nullptr), planes(QVImageGetNumPlanes(anImage)), opacity(anOpacity) {
+  Layer(__QVImage* image, float anOpacity, int colors)
+      : planes(QVImageGetNumPlanes(image)), opacity(anOpacity) {
     // Opaque unless the layer has samples there.
     std::fill_n(strip[colors], kStripPixels, 1.0f);
   }
@@ -137,12 +130,11 @@ alignas(64) constexpr auto kOnes = [] {
   return ones;
 }();
 
-// What a call works with; images are opened in the order in which rows are asked for.
+// What a call works with.
 struct Blending {
   Layer a, b;
-  QVImageAccess target;
   Mask maskOfA, maskOfB;
-  int planes;  // of the target
+  int planes;  // of dst
   int colors;
   qv::BlendStrip blend;
   Strip mixed = {};
@@ -152,22 +144,21 @@ struct Blending {
 // The factors of a mask from pixel x of the row at hand; 1 where it has none.
 const float* LoadMask(Mask& mask, int64_t x, int pixels) {
   if (!mask.row) return kOnes.data();
-  float* factor = mask.strip[0];
-  mask.load(mask.row + x * mask.image.colBytes, mask.planes, pixels, mask.strip);
-  for (int i = 0; i < pixels; i++) factor[i] = factor[i] * mask.sign + mask.offset;
-  return factor;
+  qv::LoadMask(mask.load, mask.row + x * mask.colBytes, mask.planes, pixels, mask.sense,
+               mask.strip);
+  return mask.strip[0];
 }
 
 template <class T>
 void LoadLayer(Layer& layer, Mask& mask, int colors, int64_t x, int pixels) {
-  qv::LoadSamples<T>(layer.row + x * layer.image.colBytes, layer.planes, pixels, layer.strip);
+  qv::LoadSamples<T>(layer.row + x * layer.planes * sizeof(T), layer.planes, pixels, layer.strip);
   Cover(layer.strip[colors], layer.opacity, LoadMask(mask, x, pixels), pixels, layer.coverage);
 }
 
 template <class T>
 void BlendRow(Blending& call, T* out, int width) {
   constexpr float kMax = qv::Sample<T>::kMax;
-  auto& [a, b, target, maskOfA, maskOfB, planes, colors, blend, mixed, result] = call;
+  auto& [a, b, maskOfA, maskOfB, planes, colors, blend, mixed, result] = call;
   for (int64_t x = 0; x < width; x += kStripPixels) {
     const int pixels = static_cast<int>(std::min<int64_t>(width - x, kStripPixels));
     LoadLayer<T>(a, maskOfA, colors, x, pixels);
@@ -183,22 +174,6 @@ void BlendRow(Blending& call, T* out, int width) {
 }
 
 const std::byte* Bytes(const void* row) { return static_cast<const std::byte*>(row); }
-
-template <class T>
-int BlendRows(Blending& call, VRect rect) {
-  rect = rect.Intersect(call.target.bounds);
-  const int left = rect.left, width = rect.right - rect.left;
-  if (width == 0) return kQVStatusSuccess;
-  for (int y = rect.top; y < rect.bottom; y++) {
-    call.a.row = Bytes(qv::Required(call.a.image.ReadRow(y, left, width), kSource));
-    call.b.row = Bytes(qv::Required(call.b.image.ReadRow(y, left, width), kSource));
-    void* out = qv::Required(call.target.WriteRow(y, left, width), kSource);
-    call.maskOfA.row = Bytes(call.maskOfA.image.ReadRow(y, left, width));
-    call.maskOfB.row = Bytes(call.maskOfB.image.ReadRow(y, left, width));
-    BlendRow<T>(call, static_cast<T*>(out), width);
-  }
-  return kQVStatusSuccess;
-}
 
 // ---- Arguments
 
@@ -237,13 +212,23 @@ int QVEffectsBlendImagesWithOpacitiesAndMasks(__QVImage* a, float opacityOfA, __
     return qv::DispatchDepth(QVImageGetPlaneBytes(a) * 8, [&]<class T>() {
       Blending call = {Layer(a, opacityOfA, colors),
                        Layer(b, opacityOfB, colors),
-                       QVImageAccess(dst, nullptr),
                        Mask(maskOfA, loadMask),
                        Mask(maskOfB, loadMask),
                        planes,
                        colors,
                        blend};
-      return BlendRows<T>(call, MakeVRect(rect));
+      qv::WalkRows(kSource,
+                   {qv::ToRead(a), qv::ToRead(b), qv::ToWrite(dst),
+                    qv::ToReadIfThere(maskOfA, call.maskOfA.fill.bytes),
+                    qv::ToReadIfThere(maskOfB, call.maskOfB.fill.bytes)},
+                   MakeVRect(rect), [&](void** rows, int pixels) {
+        call.a.row = Bytes(rows[0]);
+        call.b.row = Bytes(rows[1]);
+        call.maskOfA.row = Bytes(rows[3]);
+        call.maskOfB.row = Bytes(rows[4]);
+        BlendRow(call, static_cast<T*>(rows[2]), pixels);
+      });
+      return kQVStatusSuccess;
     });
   });
 }

@@ -98,20 +98,13 @@ template <class T>
 int ConvertImage(__QVImage* src, __QVImage* dst, VRect rect, const Mode& mode) {
   const int fromPlanes = mode.fromColors + QVImageGetTransparency(src);
   const int toPlanes = mode.toColors + QVImageGetTransparency(dst);
-  QVImageAccess source(src, nullptr), target(dst, nullptr);
-  rect = rect.Intersect(target.bounds);
-  const int width = rect.right - rect.left;
-  if (width == 0) return kQVStatusSuccess;
-
   Strips strips;
   // Stays where the source has no transparency that overwrites it.
   std::fill_n(strips.in[mode.fromColors], qv::kStripPixels, qv::Sample<T>::kMax);
-  for (int y = rect.top; y < rect.bottom; y++) {
-    const void* from = qv::Required(source.ReadRow(y, rect.left, width), kSource);
-    void* to = qv::Required(target.WriteRow(y, rect.left, width), kSource);
-    ConvertRow(static_cast<const T*>(from), fromPlanes, static_cast<T*>(to), toPlanes, width, mode,
-               strips);
-  }
+  qv::WalkRows(kSource, {qv::ToRead(src), qv::ToWrite(dst)}, rect, [&](void** rows, int pixels) {
+    ConvertRow(static_cast<const T*>(rows[0]), fromPlanes, static_cast<T*>(rows[1]), toPlanes,
+               pixels, mode, strips);
+  });
   return kQVStatusSuccess;
 }
 

@@ -28,6 +28,17 @@ const Row kRows[] = {
     ROW(QVEffectsAnalyzeImage, NoOutset),
     ROW(QVEffectsGetAvgColor, NoOutset),
     ROW(QVEffectsFillGradient, NoOutset),
+    ROW(QVEffectsBrightnessContrast, NoOutset),
+    ROW(QVEffectsBrightnessContrastWithMask, NoOutset),
+    ROW(QVEffectsBrightnessMidtoneContrast, NoOutset),
+    ROW(QVEffectsBrightnessMidtoneContrastWithMask, NoOutset),
+    ROW(QVEffectsBrightnessWithMask, NoOutset),
+    ROW(QVEffectsMidtoneContrast, NoOutset),
+    ROW(QVEffectsMidtoneContrastAltWithMask, NoOutset),
+    ROW(QVEffectsApplyCurves, NoOutset),
+    ROW(QVEffectsApplyCurvesWithAmount, NoOutset),
+    ROW(QVEffectsMultiplyValues, NoOutset),
+    ROW(QVEffectsMixImages, NoOutset),
 
     // Squares.
     ROW(QVEffectsBoxBlur, qv::RoundedOutset),

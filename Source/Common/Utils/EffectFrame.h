@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <span>
 
 #include "Failure.h"
 #include "QVImageAccess.h"
@@ -93,6 +94,64 @@ inline bool Overlap(const void* a, const void* b, size_t bytes) {
   return begin + bytes > other && other + bytes > begin;
 }
 
+/// An image of a walk, and what is done with its rows.
+struct Walked {
+  enum Access { kRead, kReadIfThere, kWrite, kReadWrite };
+
+  __QVImage* image;
+  Access access = kRead;
+  const void* fillPixel = nullptr;
+};
+
+inline Walked ToRead(__QVImage* image) { return {image}; }
+/// The image may be null; a row that can't be had is null.
+inline Walked ToReadIfThere(__QVImage* image, const void* fillPixel = nullptr) {
+  return {image, Walked::kReadIfThere, fillPixel};
+}
+inline Walked ToWrite(__QVImage* image) { return {image, Walked::kWrite}; }
+inline Walked ToReadWrite(__QVImage* image) { return {image, Walked::kReadWrite}; }
+
+inline void* RowOf(QVImageAccess& access, const Walked& walked, Where where, int y, int left,
+                   int width) {
+  switch (walked.access) {
+    case Walked::kRead: return const_cast<void*>(Required(access.ReadRow(y, left, width), where));
+    case Walked::kReadIfThere: return const_cast<void*>(access.ReadRow(y, left, width));
+    case Walked::kWrite: return Required(access.WriteRow(y, left, width), where);
+    case Walked::kReadWrite: return Required(access.ReadWriteRow(y, left, width), where);
+  }
+  return nullptr;
+}
+
+/// Walks the rows of a rectangle of several images side by side. Images are opened, and in each row
+/// read and written, in their order. What is written outside would be dropped: those pixels aren't
+/// worked at all.
+/// @param accesses,rows room for each image.
+/// @param row           row(rows, pixels): where the row of each image is, of pixels from left to
+///                      right. Each pixel depends on its own place alone.
+template <class Row>
+void WalkRows(Where where, std::span<const Walked> images, QVImageAccess* accesses, void** rows,
+              VRect rect, Row&& row) {
+  for (size_t i = 0; i < images.size(); i++) {
+    accesses[i].SetImage(images[i].image, images[i].fillPixel);
+    if (images[i].access >= Walked::kWrite) rect = rect.Intersect(accesses[i].bounds);
+  }
+  const int width = rect.right - rect.left;
+  if (width <= 0) return;
+  for (int y = rect.top; y < rect.bottom; y++) {
+    for (size_t i = 0; i < images.size(); i++) {
+      rows[i] = RowOf(accesses[i], images[i], where, y, rect.left, width);
+    }
+    row(rows, width);
+  }
+}
+
+template <size_t kImages, class Row>
+void WalkRows(Where where, const Walked (&images)[kImages], VRect rect, Row&& row) {
+  QVImageAccess accesses[kImages];
+  void* rows[kImages];
+  WalkRows(where, images, accesses, rows, rect, row);
+}
+
 /// Takes the pixels of a row from `from` to `to` by row(in, out, pixels, layout). Where the two
 /// overlap, `row` works into a chunk, so that its pointers never do.
 template <class T, class Layout, class Row>
@@ -117,19 +176,10 @@ void MapRow(const T* from, T* to, int pixels, Layout layout, Row& row) {
 ///            those that fall outside dst aren't worked at all.
 template <class T, class Row>
 int MapRows(Where where, __QVImage* src, __QVImage* dst, VRect rect, Row row) {
-  const int planes = QVImageGetNumPlanes(dst);
-  const int transparency = QVImageGetTransparency(dst);
-  QVImageAccess source(src, nullptr), target(dst, nullptr);
-  // What is written outside would be dropped.
-  rect = rect.Intersect(target.bounds);
-  const int width = rect.right - rect.left;
-  if (width == 0) return kQVStatusSuccess;
-  DispatchLayout(planes, transparency, [&](auto layout) {
-    for (int y = rect.top; y < rect.bottom; y++) {
-      const void* from = Required(source.ReadRow(y, rect.left, width), where);
-      void* to = Required(target.WriteRow(y, rect.left, width), where);
-      MapRow(static_cast<const T*>(from), static_cast<T*>(to), width, layout, row);
-    }
+  DispatchLayout(QVImageGetNumPlanes(dst), QVImageGetTransparency(dst), [&](auto layout) {
+    WalkRows(where, {ToRead(src), ToWrite(dst)}, rect, [&](void** rows, int pixels) {
+      MapRow(static_cast<const T*>(rows[0]), static_cast<T*>(rows[1]), pixels, layout, row);
+    });
   });
   return kQVStatusSuccess;
 }
@@ -147,14 +197,11 @@ int MapPixels(Where where, __QVImage* src, __QVImage* dst, QVRect rect, Row row)
   });
 }
 
-/// The whole call of an effect that makes each colour sample from the same sample of src and leaves
-/// transparency as it is there.
-/// @param formula T formula(T) for each sample type.
+/// The row function that makes each colour sample from the same sample by formula(sample) and takes
+/// transparency as it is.
 template <class Formula>
-int MapColorSamples(Where where, __QVImage* src, __QVImage* dst, QVRect rect, Formula formula) {
-  return MapPixels(
-      where, src, dst, rect,
-      [formula]<class T>(const T* __restrict in, T* __restrict out, int pixels, auto layout) {
+auto ColorSamples(Formula formula) {
+  return [formula]<class T>(const T* __restrict in, T* __restrict out, int pixels, auto layout) {
     if (layout.transparency == 0) {
       const ptrdiff_t samples = static_cast<ptrdiff_t>(pixels) * layout.planes;
       for (ptrdiff_t i = 0; i < samples; i++) out[i] = formula(in[i]);
@@ -164,7 +211,15 @@ int MapColorSamples(Where where, __QVImage* src, __QVImage* dst, QVRect rect, Fo
       for (int c = 0; c < layout.colors; c++) out[c] = formula(in[c]);
       out[layout.colors] = in[layout.colors];
     }
-  });
+  };
+}
+
+/// The whole call of an effect that makes each colour sample from the same sample of src and leaves
+/// transparency as it is there.
+/// @param formula T formula(T) for each sample type.
+template <class Formula>
+int MapColorSamples(Where where, __QVImage* src, __QVImage* dst, QVRect rect, Formula formula) {
+  return MapPixels(where, src, dst, rect, ColorSamples(formula));
 }
 
 }  // namespace qv

@@ -92,38 +92,28 @@ void LuminosityRow(const T* in, const T* luminosity, T* out, int pixels, Layout 
 
 template <class Method, class From, class To>
 void MakeGray(__QVImage* source, __QVImage* gray) {
-  QVImageAccess from(source, nullptr), to(gray, nullptr);
-  const VRect rect = to.bounds;
-  const int width = rect.right - rect.left;
-  if (width == 0) return;
   qv::DispatchRGBLayout(QVImageGetNumPlanes(source), QVImageGetTransparency(source),
                         [&](auto layout) {
-    for (int y = rect.top; y < rect.bottom; y++) {
-      const void* in = qv::Required(from.ReadRow(y, rect.left, width), kSource);
-      void* out = qv::Required(to.WriteRow(y, rect.left, width), kSource);
-      GrayRow<Method>(static_cast<const From*>(in), static_cast<To*>(out), width, layout);
-    }
+    qv::WalkRows(kSource, {qv::ToRead(source), qv::ToWrite(gray)},
+                 MakeVRect(QVImageGetBounds(gray)), [&](void** rows, int pixels) {
+      GrayRow<Method>(static_cast<const From*>(rows[0]), static_cast<To*>(rows[1]), pixels, layout);
+    });
   });
 }
 
 template <class T>
 void PutLuminosity(__QVImage* source, __QVImage* destination, __QVImage* luminosity, VRect rect) {
-  QVImageAccess from(source, nullptr), to(destination, nullptr), light(luminosity, nullptr);
-  rect = rect.Intersect(to.bounds);
-  const int width = rect.right - rect.left;
-  if (width == 0) return;
   qv::DispatchRGBLayout(QVImageGetNumPlanes(destination), QVImageGetTransparency(destination),
                         [&](auto layout) {
-    for (int y = rect.top; y < rect.bottom; y++) {
-      const void* in = qv::Required(from.ReadRow(y, rect.left, width), kSource);
-      void* out = qv::Required(to.WriteRow(y, rect.left, width), kSource);
-      auto* lit = static_cast<const T*>(qv::Required(light.ReadRow(y, rect.left, width), kSource));
-      const auto row = [&lit](const T* pixels, T* result, int count, auto fixed) {
-        LuminosityRow(pixels, lit, result, count, fixed);
+    qv::WalkRows(kSource, {qv::ToRead(source), qv::ToWrite(destination), qv::ToRead(luminosity)},
+                 rect, [&](void** rows, int pixels) {
+      auto row = [lit = static_cast<const T*>(rows[2])](const T* in, T* out, int count,
+                                                        auto fixed) mutable {
+        LuminosityRow(in, lit, out, count, fixed);
         lit += count;
       };
-      qv::MapRow(static_cast<const T*>(in), static_cast<T*>(out), width, layout, row);
-    }
+      qv::MapRow(static_cast<const T*>(rows[0]), static_cast<T*>(rows[1]), pixels, layout, row);
+    });
   });
 }
 

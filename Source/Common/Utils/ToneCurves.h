@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: Apache-2.0
+// The three curves behind brightness and contrast: what they are made of is computed once, from
+// their parameter; each leaves 0 and 1 where they are.
+#pragma once
+
+#include <cmath>
+
+namespace qv {
+
+/// A hyperbola: steeper near black for b > 0, near white for b < 0.
+struct BrightnessCurve {
+  float k;
+
+  explicit BrightnessCurve(float b) {
+    const float t = b + b;
+    k = t > 0.0f ? 1.0f / (t + 1.0f) : 1.0f - t;
+  }
+  float operator()(float x) const { return x / ((1.0f - k) * x + k); }
+};
+
+/// Two parabolas that meet at 0.5: flat at black and white. For c >= 0.
+struct ContrastCurve {
+  float linear, square;
+
+  explicit ContrastCurve(float c) : linear(1.0f - c), square(c + c) {}
+  float operator()(float x) const {
+    const float y = 1.0f - x;
+    const float dark = linear * x + square * x * x;
+    const float light = 1.0f - (y * linear + square * y * y);
+    return x < 0.5f ? dark : light;
+  }
+};
+
+/// For c < 0: what takes back the contrast of -c.
+struct FlatteningCurve {
+  float d, e;
+
+  explicit FlatteningCurve(float c) : d(c + 1.0f), e(-2.0f * c) {}
+  float operator()(float x) const {
+    const float y = 1.0f - x;
+    const float root = Root(x < 0.5f ? x : y);
+    return x < 0.5f ? root : 1.0f - root;
+  }
+
+ private:
+  float Root(float x) const {
+    const double root = std::sqrt(static_cast<double>((4.0f * e) * x + d * d));
+    return static_cast<float>(root - static_cast<double>(d)) / (e + e);
+  }
+};
+
+/// Two cubics that meet at 0.5, of slope 1 at black and white.
+struct MidtoneCurve {
+  float a, q;
+
+  explicit MidtoneCurve(float p) {
+    const float m = p >= 0.0f ? p + 1.0f : 1.0f / (1.0f - p);
+    a = (1.0f - m) + (1.0f - m);
+    q = (m - 1.0f) * 4.0f;
+  }
+  float operator()(float x) const {
+    const float y = 1.0f - x;
+    const float dark = (a * x + q * x * x + 1.0f) * x;
+    const float light = 1.0f - (a * y + q * y * y + 1.0f) * y;
+    return x < 0.5f ? dark : light;
+  }
+};
+
+}  // namespace qv
