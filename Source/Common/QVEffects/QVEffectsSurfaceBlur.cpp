@@ -49,10 +49,8 @@ template <int N>
 int _SurfaceBlurWithOffset(__QVImage* src, __QVImage* dst, QVRect rect, int radius, float threshold,
                            float amount, QVPoint offset) {
   if (!src || !dst) return kQVStatusBadArgument;
-  if (!(amount > 0.0f) || radius < 1 || !(threshold > 0.0f)) {
-    return CopyImage(src, dst, MakeVRect(rect),
-                     {VRect::Held(-int64_t{offset.x}), VRect::Held(-int64_t{offset.y})});
-  }
+  const bool copies = !(amount > 0.0f) || radius < 1 || !(threshold > 0.0f);
+  if (copies) return qv::CopyTo(src, dst, rect, offset);
   return qv::Guard<qv::Boundary::kWithMemory>(kSource, kQVStatusUnknown, [&] {
     return qv::DispatchDepth(QVImageGetDepth(src), [&]<class T>() -> int {
       if (!qv::HaveSamePixels(src, dst)) return kQVStatusUnsupported;
