@@ -141,7 +141,7 @@ std::vector<std::byte> Expected(const TestImage& src, const TestImage& dst, QVRe
 struct Case {
   QVRect bounds, rect;
   Settings settings;
-  int depth = 0;  // for bright images of one plane only
+  int depth = 0;  // for white images of one plane only, one pixel of which is darker
 };
 
 const Case kCases[] = {
@@ -154,13 +154,13 @@ const Case kCases[] = {
     {{0, 0, 1, 1}, {0, 0, 1, 1}, {1, 0.1f, 1}},
     {{0, 0, 17, 1}, {0, 0, 17, 1}, {20, 0.1f, 1.5f}},
     // Where 16-bit sums leave 31 bits, and 32.
-    {{0, 0, 3, 300}, {0, 0, 3, 300}, {90, 1, 1}, 16},
-    {{0, 0, 3, 300}, {0, 0, 3, 300}, {91, 1, 1}, 16},
-    {{0, 0, 3, 300}, {0, 0, 3, 300}, {128, 1, 1}, 16},
+    {{0, 0, 3, 3}, {0, 0, 3, 3}, {90, 0.1f, 1}, 16},
+    {{0, 0, 3, 3}, {0, 0, 3, 3}, {91, 0.1f, 1}, 16},
+    {{0, 0, 3, 3}, {0, 0, 3, 3}, {128, 0.1f, 1}, 16},
     // The same for 8 bits.
-    {{0, 0, 3, 4}, {0, 0, 3, 4}, {1450, 1, 1}, 8},
-    {{0, 0, 3, 4}, {0, 0, 3, 4}, {1451, 1, 1}, 8},
-    {{0, 0, 3, 4}, {0, 0, 3, 4}, {2052, 1, 1}, 8},
+    {{0, 0, 3, 3}, {0, 0, 3, 3}, {1450, 0.1f, 1}, 8},
+    {{0, 0, 3, 3}, {0, 0, 3, 3}, {1451, 0.1f, 1}, 8},
+    {{0, 0, 3, 3}, {0, 0, 3, 3}, {2052, 0.1f, 1}, 8},
 };
 
 TEST(SurfaceBlur, IsExactAtAllDepths) {
@@ -171,7 +171,8 @@ TEST(SurfaceBlur, IsExactAtAllDepths) {
       SCOPED_TRACE(testing::Message() << form << " at radius " << radius);
       TestImage src(each.bounds, form), dst(each.bounds, form, test::Residency::kMemory, 2);
       if (each.depth != 0) {
-        for (std::byte& byte : src.Bytes()) byte |= std::byte{0xF0};
+        std::ranges::fill(src.Bytes(), std::byte{0xFF});
+        *src.Address(1, 1) = std::byte{0xF0};
       }
       const auto expected = Expected(src, dst, each.rect, each.settings);
       ASSERT_EQ(
@@ -179,6 +180,23 @@ TEST(SurfaceBlur, IsExactAtAllDepths) {
           kQVStatusSuccess);
       EXPECT_EQ(dst.Bytes(), expected);
     }
+  }
+}
+
+// A pixel darker than the white around it becomes white up to the largest radius.
+TEST(SurfaceBlur, RadiiEndWhereCountsDo) {
+  for (const int depth : {8, 16, 32}) {
+    SCOPED_TRACE(depth);
+    TestImage image({0, 0, 3, 3}, {depth, 1, 0});
+    Pixel white = {}, darker = {};
+    test::SetSample(white, 0, depth, FullScale(depth));
+    test::SetSample(darker, 0, depth, FullScale(depth) * 0.95f);
+    for (int i = 0; i < 9; i++) {
+      std::memcpy(image.Address(i % 3, i / 3), i == 4 ? &darker : &white, depth / 8);
+    }
+    EXPECT_EQ(QVEffectsSurfaceBlur(image, image, image.Bounds(), 32768, 0.1f, 1), -108);
+    ASSERT_EQ(QVEffectsSurfaceBlur(image, image, image.Bounds(), 32767, 0.1f, 1), 0);
+    EXPECT_NEAR(image.Value(1, 1, 0), 1, 1e-3);
   }
 }
 
@@ -217,6 +235,26 @@ TEST(SurfaceBlur, KeepsEdges) {
 }
 
 constexpr QVRect kBase = {2, 9, 19, 8};
+
+TEST(SurfaceBlur, LuminosityIsThatOfTheBlurredGray) {
+  constexpr int kRadius = 4;
+  for (const Form& form : {Form{8, 3, 0}, Form{16, 4, 1}, Form{32, 3, 0}}) {
+    SCOPED_TRACE(form);
+    TestImage src({-3, 5, 37, 23}, form), dst({-3, 5, 37, 23}, form), expected(dst.Bounds(), form);
+    qv::ImageRef gray;
+    const VRect rect = MakeVRect(kBase), read = MakeVRect(QVRectOutset(kBase, kRadius));
+    ASSERT_EQ(CreateGrayScaleImage(src, *gray.Receive(), read, kGrayAsSource, kGrayLuma), 0);
+    ASSERT_EQ(QVEffectsSurfaceBlur(gray, gray, kBase, kRadius, 0.2f, 0.9f), 0);
+    ASSERT_EQ(ApplyLuminosity(src, expected, gray, rect), 0);
+    ASSERT_EQ(QVEffectsSurfaceBlurLuminosity(src, dst, kBase, kRadius, 0.2f, 0.9f), 0);
+    EXPECT_EQ(dst.Bytes(), expected.Bytes());
+    // No gray image is made around nothing.
+    for (const QVRect& empty : {QVRect{0, 9, 0, 8}, QVRect{100, 9, 5, 5}}) {
+      EXPECT_EQ(QVEffectsSurfaceBlurLuminosity(src, dst, empty, 1 << 30, 0.2f, 1), 0);
+    }
+    EXPECT_EQ(dst.Bytes(), expected.Bytes());
+  }
+}
 
 // The gray image, blurred around the rectangle as far as the Gaussian blur reads.
 void ExpectBase(const TestImage& src, float radius, int planeBytes, int bins) {
@@ -299,7 +337,9 @@ TEST(SurfaceBlur, LogsFailures) {
 
 TEST(SurfaceBlur, BaseOutsetIsDefined) {
   EXPECT_EQ(SufaceBlurredGrayScaleImageGetOutset(0.4f), 3);
+  EXPECT_EQ(SufaceBlurredGrayScaleImageGetOutset(0.49999997f), 3);
   EXPECT_EQ(SufaceBlurredGrayScaleImageGetOutset(2.5f), 6);
+  EXPECT_EQ(SufaceBlurredGrayScaleImageGetOutset(-9), 3);
   EXPECT_EQ(SufaceBlurredGrayScaleImageGetOutset(kNaN), 3);
   EXPECT_EQ(SufaceBlurredGrayScaleImageGetOutset(kInfinity), std::numeric_limits<int>::max());
 }

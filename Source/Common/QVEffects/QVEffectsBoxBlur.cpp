@@ -145,15 +145,9 @@ int BoxBlur(const qv::BoxCall& call, float amount) {
   });
 }
 
-// What takes the place of a blur that does nothing: the source, where the result would have gone.
-int CopyTo(__QVImage* source, __QVImage* dst, QVRect rect, QVPoint offset) {
-  const auto negated = [](int value) { return VRect::Held(-int64_t{value}); };
-  return CopyImage(source, dst, MakeVRect(rect), QVPointMake(negated(offset.x), negated(offset.y)));
-}
-
 int BoxBlurOrCopy(const qv::BoxCall& call, float amount, QVRect rect) {
   const bool copies = call.box.right < 1 || amount <= 0.0f;
-  return copies ? CopyTo(call.source, call.dst, rect, call.offset) : BoxBlur(call, amount);
+  return copies ? qv::CopyTo(call.source, call.dst, rect, call.offset) : BoxBlur(call, amount);
 }
 
 // ---- The passes of the fast Gaussian blur
@@ -161,7 +155,7 @@ int BoxBlurOrCopy(const qv::BoxCall& call, float amount, QVRect rect) {
 // The mean alone.
 int MeanPass(__QVImage* source, __QVImage* dst, QVRect rect, int radius) {
   const qv::BoxCall call = {source, source, dst, MakeVRect(rect), SquareBox(radius)};
-  if (radius < 1) return CopyTo(source, dst, rect, QVPointMake(0, 0));
+  if (radius < 1) return qv::CopyTo(source, dst, rect, QVPointMake(0, 0));
   return GuardPass(call, [&] {
     return DispatchSums(QVImageGetDepth(source), call.Count(), [&]<class T, class Acc>() {
       return qv::FilterBox<T, Acc>(call, kMissingRow, Mean<T, Acc>(call.Count()));
@@ -242,7 +236,7 @@ int QVEffectsGaussianBlurFastWithAmount(__QVImage* src, __QVImage* dst, QVRect r
 
 int QVEffectsGaussianBlurFastWithAmountAndMode(__QVImage* src, __QVImage* dst, QVRect rect,
                                                float radius, float amount, QVBlendMode mode) {
-  if (!(radius > 0.0f) || amount <= 0.0f) return CopyTo(src, dst, rect, QVPointMake(0, 0));
+  if (!(radius > 0.0f) || amount <= 0.0f) return qv::CopyTo(src, dst, rect, QVPointMake(0, 0));
   if (!src || !dst) return kQVStatusBadArgument;
   if (!qv::HaveSamePixels(src, dst)) return kQVStatusUnsupported;
   // What is written outside would be dropped.

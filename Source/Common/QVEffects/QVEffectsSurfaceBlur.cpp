@@ -3,6 +3,7 @@
 #include <QVEffects/QVEffectsBlur.h>
 #include <QVEffects/QVEffectsSurfaceBlur.h>
 
+#include "Utils/Outset.h"
 #include "Utils/QVEffectsUtils.h"
 #include "Utils/ValueBins.h"
 
@@ -17,7 +18,6 @@ constexpr float kSurfaceBlurMagicNumber = 2.5f;
 template <class Blur, class T>
 void BlurRows(__QVImage* src, QVImageAccess& target, VRect rect, int radius, qv::BinMix mix,
               QVPoint offset) {
-  if (radius > Blur::kMostRadius) throw std::bad_alloc();
   Blur blur(src, rect, radius, mix, kSource);
   for (int64_t y = rect.top; y < rect.bottom; y++) {
     // Inside the target, so that nothing is held.
@@ -34,6 +34,7 @@ int BlurImage(__QVImage* src, __QVImage* dst, VRect rect, int radius, qv::BinMix
   // What is written outside would be dropped.
   rect = rect.Intersect(target.bounds.Offset(offset.x, offset.y));
   if (rect.IsEmpty()) return kQVStatusSuccess;
+  if (radius > qv::kMostBinRadius) throw std::bad_alloc();
   if constexpr (std::is_floating_point_v<T>) {
     BlurRows<qv::FloatBlur<kBins>, T>(src, target, rect, radius, mix, offset);
   } else if (radius <= qv::LaneBlur<T, kBins, uint32_t>::kMostRadius) {
@@ -49,10 +50,8 @@ template <int N>
 int _SurfaceBlurWithOffset(__QVImage* src, __QVImage* dst, QVRect rect, int radius, float threshold,
                            float amount, QVPoint offset) {
   if (!src || !dst) return kQVStatusBadArgument;
-  if (!(amount > 0.0f) || radius < 1 || !(threshold > 0.0f)) {
-    return CopyImage(src, dst, MakeVRect(rect),
-                     {VRect::Held(-int64_t{offset.x}), VRect::Held(-int64_t{offset.y})});
-  }
+  const bool copies = !(amount > 0.0f) || radius < 1 || !(threshold > 0.0f);
+  if (copies) return qv::CopyTo(src, dst, rect, offset);
   return qv::Guard<qv::Boundary::kWithMemory>(kSource, kQVStatusUnknown, [&] {
     return qv::DispatchDepth(QVImageGetDepth(src), [&]<class T>() -> int {
       if (!qv::HaveSamePixels(src, dst)) return kQVStatusUnsupported;
@@ -61,14 +60,6 @@ int _SurfaceBlurWithOffset(__QVImage* src, __QVImage* dst, QVRect rect, int radi
       return BlurImage<T, 1 << (8 - N)>(src, dst, MakeVRect(rect), radius, mix, offset);
     });
   });
-}
-
-// The nearest whole number; NaN is 0.
-int WholeRadius(float radius) {
-  const float rounded = radius + 0.5f;
-  constexpr float kPastInt = 2147483648.0f;
-  if (rounded >= kPastInt) return std::numeric_limits<int>::max();
-  return rounded > -kPastInt ? static_cast<int>(rounded) : 0;
 }
 
 // Around its rectangle the base image needs as many more pixels as the Gaussian blur reads.
@@ -94,7 +85,8 @@ int QVEffectsSurfaceBlurLuminosity(__QVImage* src, __QVImage* dst, QVRect rect, 
     const VRect inside = MakeVRect(rect).Intersect(MakeVRect(QVImageGetBounds(dst)));
     rect =
         QVRectMake(inside.left, inside.top, inside.right - inside.left, inside.bottom - inside.top);
-    const VRect grown = MakeVRect(QVRectOutset(rect, std::max(radius, 0)));
+    const VRect grown =
+        inside.IsEmpty() ? inside : MakeVRect(QVRectOutset(rect, std::max(radius, 0)));
     qv::ImageRef gray;
     qv::Check(CreateGrayScaleImage(src, *gray.Receive(), grown, kGrayAsSource, kGrayLuma),
               {kSource, 433});
@@ -106,7 +98,7 @@ int QVEffectsSurfaceBlurLuminosity(__QVImage* src, __QVImage* dst, QVRect rect, 
 }
 
 int SufaceBlurredGrayScaleImageGetOutset(float radius) {
-  return VRect::Held(int64_t{WholeRadius(radius)} + kGaussianOutset);
+  return VRect::Held(int64_t{qv::RoundedOutset(radius)} + kGaussianOutset);
 }
 
 int SufaceBlurredGrayScaleImageCreate(__QVImage* src, __QVImage*& out, QVRect rect, float radius,
@@ -117,7 +109,7 @@ int SufaceBlurredGrayScaleImageCreate(__QVImage* src, __QVImage*& out, QVRect re
   return qv::Guard({kSource, 518}, kQVStatusUnknown, [&]() -> int {
     if (planeBytes <= 0) planeBytes = QVImageGetPlaneBytes(src);
     if (threshold < 0.0f) threshold = 0.125f;
-    const int whole = std::max(WholeRadius(radius), 0);
+    const int whole = qv::RoundedOutset(radius);
     rect.width = std::max(rect.width, 0);
     rect.height = std::max(rect.height, 0);
     const QVRect blurred = QVRectOutset(rect, kGaussianOutset);

@@ -213,3 +213,8 @@ int ApplyLuminosity(__QVImage* source, __QVImage* destination, __QVImage* lumino
     });
   });
 }
+
+int qv::CopyTo(__QVImage* src, __QVImage* dst, QVRect rect, QVPoint offset) {
+  const auto negated = [](int value) { return VRect::Held(-int64_t{value}); };
+  return CopyImage(src, dst, MakeVRect(rect), {negated(offset.x), negated(offset.y)});
+}

@@ -57,6 +57,11 @@ QVEFFECTS_API int ApplyLuminosity(__QVImage* source, __QVImage* destination, __Q
 
 namespace qv {
 
+/// What takes the place of an effect that does nothing: pixel (x, y) of the rectangle goes to
+/// (x - offset.x, y - offset.y) of dst, where the effect would have put it.
+/// @return as CopyImage().
+int CopyTo(__QVImage* src, __QVImage* dst, QVRect rect, QVPoint offset);
+
 /// Holds one reference to an image and drops it on every path.
 class ImageRef {
  public:

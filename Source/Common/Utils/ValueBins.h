@@ -37,12 +37,15 @@ int BinOf(T sample) {
   }
 }
 
+/// The largest radius: the counts of a window fit 32 bits.
+inline constexpr int kMostBinRadius = 32767;
+
 /// Pixels that are worked side by side.
 inline constexpr int kBinLanes = 16;
 
-/// Turns rows of values, as many as a power of 2, as are their columns, into columns. To take the
-/// values at even places before those at odd ones turns the bits of a place's number round by one;
-/// after as many turns as a column's number has bits, it stands before the row's.
+/// Transposes a block of kRows rows and kColumns columns, both powers of 2. Each turn puts values
+/// at even places before those at odd ones, which rotates the bits of a place's number by one;
+/// log2(kColumns) turns bring the column's bits before the row's.
 /// @return one of the two blocks, which holds the columns.
 template <int kRows, int kColumns, class Value>
 const Value* Transpose(Value* block, Value* spare) {
@@ -104,14 +107,14 @@ struct BinMeans {
 /// pixels. Each column has a histogram of its own, moved from row to row; a pixel's is the sum over
 /// its columns, moved from pixel to pixel.
 ///
-/// @tparam Word holds the sum and the count of a column's bin, and with 32 bits the sum of a
-///              window's bin in its lower 31.
+/// @tparam Word holds the sum and the count of a column's bin, or the sum of a window's without a
+///              sign: of 32 bits up to kMostRadius, beyond it of 64.
 template <class T, int kBins, class Word>
 class LaneBlur {
  public:
   /// The largest radius whose sums and counts fit.
   static constexpr int kMostRadius =
-      sizeof(Word) == 8 ? (1 << 23) - 1 : (sizeof(T) == 1 ? 1450 : 90);
+      sizeof(Word) == 8 ? kMostBinRadius : (sizeof(T) == 1 ? 1450 : 90);
 
   /// @param rect what is blurred, not empty.
   LaneBlur(__QVImage* src, VRect rect, int radius, BinMix mix, Where where)
@@ -151,10 +154,15 @@ class LaneBlur {
   }
 
  private:
+  // A column's bin is one word: the sum of its samples, and above it, from kCountShift on, their
+  // count. So words that are added add up both. Windows' sums and counts are apart.
   using Sum = std::make_signed_t<Word>;
   static constexpr int kCountShift = sizeof(Word) == 8 ? 40 : (sizeof(T) == 1 ? 20 : 24);
-  static constexpr int kBlock = kBinLanes * kBinLanes;
   static constexpr Word kOne = Word{1} << kCountShift;
+  static Sum SumOf(Word bin) { return static_cast<Sum>(bin & (kOne - 1)); }
+  static Sum CountOf(Word bin) { return static_cast<Sum>(bin >> kCountShift); }
+
+  static constexpr int kBlock = kBinLanes * kBinLanes;
 
   // Makes a row of the window: the planes apart and cut into lanes.
   void Spread(const T* pixels, T* row) {
@@ -273,9 +281,6 @@ class LaneBlur {
     }
   }
 
-  static Sum SumOf(Word bin) { return static_cast<Sum>(bin & (kOne - 1)); }
-  static Sum CountOf(Word bin) { return static_cast<Sum>(bin >> kCountShift); }
-
   // Walks along the columns.
   struct Cursor {
     int64_t length, stride, row, at;
@@ -296,15 +301,19 @@ class LaneBlur {
 
   BinMix mMix;
   int64_t mRadius, mWidth;
-  int64_t mColumns;          // of all windows
-  int64_t mLength, mStride;  // columns of a lane; lanes, those right of the 16th included
-  int64_t mSize;             // of a plane
-  int64_t mApart;            // the same for planes not cut into lanes, with room for whole blocks
+  int64_t mColumns;  // of all windows
+  int64_t mLength;   // columns of a lane
+  // Lanes. Windows of the 16th reach 2 * mRadius columns past its end; those are cut into lanes
+  // too, as many as they fill or begin.
+  int64_t mStride;
+  int64_t mSize;   // of a plane
+  int64_t mApart;  // the same for planes not cut into lanes, with room for whole blocks
   int mPlanes, mColors;
-  RowWindow<T> mRows;  // as wide as the window, and the one that has left it
+  RowWindow<T> mRows;  // those of a window, and the one that has left it
   Buffer<Word> mBins;
-  Buffer<T> mBlurred;    // of one plane, in lanes
-  Buffer<T> mPlaneRows;  // a row, its planes apart
+  Buffer<T> mBlurred;  // of one plane, in lanes
+  // A row, its planes apart. Rows of the source come in through it before a result goes out.
+  Buffer<T> mPlaneRows;
   int64_t mFirst;
 };
 
@@ -313,8 +322,6 @@ class LaneBlur {
 template <int kBins>
 class FloatBlur {
  public:
-  static constexpr int kMostRadius = (1 << 23) - 1;
-
   FloatBlur(__QVImage* src, VRect rect, int radius, BinMix mix, Where where)
       : mMix(mix),
         mRadius(radius),
@@ -336,9 +343,7 @@ class FloatBlur {
         mFirst(rect.top) {}
 
   void Row(int64_t y, float* out) {
-    if (y == mFirst) {
-      for (int64_t i = y - mRadius; i < y + mRadius; i++) AddRow(mRows.Row(i));
-    }
+    if (y == mFirst) Prime(y);
     const float* entering = mRows.Row(y + mRadius);
     const float* base = mRows.Row(y) + mRadius;
     const float* leaving = mRows.Row(y - mRadius);
@@ -363,12 +368,22 @@ class FloatBlur {
   // One value for each bin. As plain loops over the bins, what follows takes three times as long.
   typedef float Floats __attribute__((vector_size(4 * kBins)));
   typedef int Ints __attribute__((vector_size(4 * kBins)));
+  typedef uint32_t Counts __attribute__((vector_size(4 * kBins)));
 
   static constexpr int kBinNumbers[8] = {0, 1, 2, 3, 4, 5, 6, 7};
 
   struct Group {
     Floats sums;
-    Ints counts;
+    Counts counts;
+
+    void operator+=(const Group& other) {
+      sums += other.sums;
+      counts += other.counts;
+    }
+    void operator-=(const Group& other) {
+      sums -= other.sums;
+      counts -= other.counts;
+    }
   };
 
   // The columns of a plane's row, and the bin of each.
@@ -382,41 +397,43 @@ class FloatBlur {
     for (int64_t i = 0; i < mColumns * mColors; i++) to[i] = BinOf<kBins>(row[i]);
   }
 
-  static void Add(BinnedRow row, int64_t x, Group& group) {
+  // The histogram of one sample.
+  static Group One(BinnedRow row, int64_t x) {
     Ints here;
     std::memcpy(&here, kBinNumbers, sizeof here);
-    here = here == row.bins[x];
-    group.sums += here ? row.samples[x] - Floats{} : Floats{};
-    group.counts -= here;
-  }
-
-  static void Subtract(BinnedRow row, int64_t x, Group& group) {
-    Ints here;
-    std::memcpy(&here, kBinNumbers, sizeof here);
-    here = here == row.bins[x];
-    group.sums -= here ? row.samples[x] - Floats{} : Floats{};
-    group.counts += here;
+    here = here == row.bins[x];  // -1 where it is so
+    return {here ? row.samples[x] - Floats{} : Floats{}, Counts{} - (Counts)here};
   }
 
   // The histogram of the first pixel of a row.
   Group Start(BinnedRow row) const {
     Group group = {};
-    for (int64_t x = 0; x <= 2 * mRadius; x++) Add(row, x, group);
+    for (int64_t x = 0; x <= 2 * mRadius; x++) group += One(row, x);
     return group;
   }
 
-  void AddRow(const float* samples) {
+  // Brings the windows to the rows above the one that enters with row y.
+  void Prime(int64_t y) {
+    const int64_t last = y + mRadius - 1;
+    int64_t times;
+    for (int64_t at = y - mRadius; at <= last; at += times) {
+      times = mRows.Repeats(at, last);
+      AddRow(mRows.Row(at), times);
+    }
+  }
+
+  // Sums grow sample by sample, as rows that differ make them.
+  void AddRow(const float* samples, int64_t times) {
     Bin(samples, mEnteringBins);
     for (int c = 0; c < mColors; c++) {
       const BinnedRow row = {samples + c * mColumns, mEnteringBins.Get() + c * mColumns};
       Group* windows = mWindows.Get() + c * mWidth;
       Group group = Start(row);
       for (int64_t x = 0; x < mWidth; x++) {
-        windows[x].sums += group.sums;
-        windows[x].counts += group.counts;
+        for (int64_t i = 0; i < times; i++) windows[x] += group;
         if (x + 1 == mWidth) break;
-        Subtract(row, x, group);
-        Add(row, x + 2 * mRadius + 1, group);
+        group -= One(row, x);
+        group += One(row, x + 2 * mRadius + 1);
       }
     }
   }
@@ -427,25 +444,25 @@ class FloatBlur {
     Group in = Start(entering), gone = Start(leaving);
     constexpr int kBlock = kBinLanes * kBins;
     alignas(64) float sums[kBlock] = {}, spareSums[kBlock], result[kBinLanes];
-    alignas(64) int counts[kBlock] = {}, spareCounts[kBlock];
+    alignas(64) uint32_t counts[kBlock] = {}, spareCounts[kBlock];
     for (int64_t left = 0; left < mWidth; left += kBinLanes) {
       const int pixels = static_cast<int>(std::min<int64_t>(mWidth - left, kBinLanes));
       for (int l = 0; l < pixels; l++) {
         const int64_t x = left + l;
-        const Floats sum = windows[x].sums + in.sums;
-        const Ints count = windows[x].counts + in.counts;
-        std::memcpy(sums + l * kBins, &sum, sizeof sum);
-        std::memcpy(counts + l * kBins, &count, sizeof count);
-        windows[x].sums = sum - gone.sums;
-        windows[x].counts = count - gone.counts;
+        Group window = windows[x];
+        window += in;
+        std::memcpy(sums + l * kBins, &window.sums, sizeof window.sums);
+        std::memcpy(counts + l * kBins, &window.counts, sizeof window.counts);
+        window -= gone;
+        windows[x] = window;
         if (x + 1 == mWidth) break;
-        Subtract(entering, x, in);
-        Add(entering, x + next, in);
-        Subtract(leaving, x, gone);
-        Add(leaving, x + next, gone);
+        in -= One(entering, x);
+        in += One(entering, x + next);
+        gone -= One(leaving, x);
+        gone += One(leaving, x + next);
       }
       const float* binSums = Transpose<kBinLanes, kBins>(sums, spareSums);
-      const int* binCounts = Transpose<kBinLanes, kBins>(counts, spareCounts);
+      const uint32_t* binCounts = Transpose<kBinLanes, kBins>(counts, spareCounts);
       BinMeans means;
       std::memcpy(means.p, base + left, sizeof means.p);
 #pragma GCC unroll 8
