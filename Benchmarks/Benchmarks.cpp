@@ -126,7 +126,7 @@ void TimeOurs(benchmark::State& state, const Form& form, const Job& job) {
   std::vector<catalog::Value> values = job.values;
   for (size_t i = 0; i < values.size(); i++) {
     const catalog::Kind kind = effect->parameters[i].kind;
-    if (kind == catalog::Kind::Layer) values[i] = images.ourLayer.get();
+    if (catalog::IsNeeded(kind)) values[i] = images.ourLayer.get();
     if (kind == catalog::Kind::Mask && job.masked) values[i] = images.ourMask.get();
   }
   const auto call = [&] {

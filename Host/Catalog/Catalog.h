@@ -27,11 +27,17 @@ using Curve = std::vector<std::array<float, 2>>;
 /// image.
 using Value = std::variant<double, Color, Curve, Image>;
 
-/// A layer is an image of the depth of src, which the effect needs. A mask is one of that depth and
-/// one plane, which may be missing.
-enum class Kind { Number, Integer, Flag, Choice, Rgba, Points, Layer, Mask };
+/// A layer is an image of the depth of src, with or without transparency of its own; a picture has
+/// the planes of src, too; the effect needs both. A mask is an image of that depth and one plane,
+/// which may be missing.
+enum class Kind { Number, Integer, Flag, Choice, Rgba, Points, Layer, Picture, Mask };
 
-inline bool IsImage(Kind kind) { return kind == Kind::Layer || kind == Kind::Mask; }
+inline bool IsImage(Kind kind) {
+  return kind == Kind::Layer || kind == Kind::Picture || kind == Kind::Mask;
+}
+
+/// Whether the effect must have the image.
+inline bool IsNeeded(Kind kind) { return kind == Kind::Layer || kind == Kind::Picture; }
 
 /// One of the values that a choice is made from; numbers in C, names elsewhere.
 struct Choice {

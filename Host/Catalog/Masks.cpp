@@ -50,7 +50,7 @@ int ScaleValues(__QVImage* src, __QVImage* dst, QVRect rect, float factor, float
   return QVEffectsMultiplyValues(src, dst, rect, factors.data(), pivots.data());
 }
 
-Parameter With(std::string_view help) { return ImageOf("with", Kind::Layer, help); }
+Parameter With(std::string_view help) { return ImageOf("with", Kind::Picture, help); }
 
 Parameter Push() {
   return ImageOf("mask", Kind::Mask,

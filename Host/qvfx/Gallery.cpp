@@ -57,7 +57,7 @@ void MakeDirectory(const std::string& path) {
 std::vector<catalog::Value> ValuesFor(const catalog::Effect& effect, __QVImage* photo) {
   std::vector<catalog::Value> values = catalog::GoodValues(effect);
   for (std::size_t i = 0; i < values.size(); ++i) {
-    if (effect.parameters[i].kind == catalog::Kind::Layer) values[i] = photo;
+    if (catalog::IsNeeded(effect.parameters[i].kind)) values[i] = photo;
   }
   return values;
 }

@@ -23,10 +23,10 @@ struct KindName {
   Kind kind;
   const char* name;
 };
-constexpr KindName kKindNames[] = {{Kind::Number, "number"}, {Kind::Integer, "integer"},
-                                   {Kind::Flag, "flag"},     {Kind::Choice, "choice"},
-                                   {Kind::Rgba, "color"},    {Kind::Points, "curve"},
-                                   {Kind::Layer, "image"},   {Kind::Mask, "mask"}};
+constexpr KindName kKindNames[] = {
+    {Kind::Number, "number"}, {Kind::Integer, "integer"}, {Kind::Flag, "flag"},
+    {Kind::Choice, "choice"}, {Kind::Rgba, "color"},      {Kind::Points, "curve"},
+    {Kind::Layer, "image"},   {Kind::Picture, "image"},   {Kind::Mask, "mask"}};
 
 struct NeedName {
   unsigned need;

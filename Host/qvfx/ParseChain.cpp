@@ -39,7 +39,7 @@ void SetParameter(Step& step, const std::string& word, std::set<std::size_t>& se
 void CheckLayers(const Step& step, const std::set<std::size_t>& seen) {
   for (std::size_t i = 0; i < step.effect->parameters.size(); ++i) {
     const catalog::Parameter& parameter = step.effect->parameters[i];
-    if (parameter.kind != catalog::Kind::Layer || seen.contains(i)) continue;
+    if (!catalog::IsNeeded(parameter.kind) || seen.contains(i)) continue;
     throw Failure(Exit::Usage, std::string(step.effect->name) + ": " + std::string(parameter.name) +
                                    "=FILE is missing");
   }

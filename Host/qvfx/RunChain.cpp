@@ -78,15 +78,28 @@ Picture ResultFor(const catalog::Effect& effect, const Picture& picture, QVRect 
   return MakePicture(picture.width, picture.height, channels, picture.depth);
 }
 
-// A layer of the picture's depth and colours. With transparency it ends where it ends, instead of
-// repeating its edge.
-Picture AsLayerOver(Picture layer, const Picture& picture, const std::string& path) {
+// Another picture in the depth and colours of this one.
+Picture Alike(Picture layer, const Picture& picture, const std::string& path) {
   if (picture.channels >= 3) {
     layer = WithRGB(std::move(layer));
   } else if (layer.channels >= 3) {
     throw Failure(Exit::Effect, path + ": RGB doesn't go with a gray picture");
   }
-  return WithTransparency(WithDepth(std::move(layer), picture.depth));
+  return WithDepth(std::move(layer), picture.depth);
+}
+
+// What a parameter of a kind is given for a picture read from a file.
+Picture AsKind(catalog::Kind kind, Picture read, const Picture& picture, const std::string& path) {
+  switch (kind) {
+    case catalog::Kind::Layer:
+      // With transparency it ends where it ends, instead of repeating its edge.
+      return WithTransparency(Alike(std::move(read), picture, path));
+    case catalog::Kind::Picture:
+      read = Alike(std::move(read), picture, path);
+      return picture.HasTransparency() ? WithTransparency(std::move(read))
+                                       : WithoutTransparency(std::move(read));
+    default: return WithDepth(FirstPlane(std::move(read)), picture.depth);
+  }
 }
 
 }  // namespace
@@ -94,12 +107,11 @@ Picture AsLayerOver(Picture layer, const Picture& picture, const std::string& pa
 void ReadBeside(std::span<Step> chain, const Picture& picture, const Console& console) {
   for (Step& step : chain) {
     for (Beside& beside : step.beside) {
-      const bool isLayer = step.effect->parameters[beside.parameter].kind == catalog::Kind::Layer;
+      const catalog::Kind kind = step.effect->parameters[beside.parameter].kind;
       beside.picture = ReadImage(beside.path, console);
       InStage(Exit::Effect, beside.path, [&] {
         beside.picture = WithAssociation(std::move(beside.picture), false);
-        beside.picture = isLayer ? AsLayerOver(std::move(beside.picture), picture, beside.path)
-                                 : WithDepth(FirstPlane(std::move(beside.picture)), picture.depth);
+        beside.picture = AsKind(kind, std::move(beside.picture), picture, beside.path);
         beside.view = ViewOf(beside.picture);
         if (!beside.view) throw std::bad_alloc();
       });

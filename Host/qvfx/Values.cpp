@@ -212,7 +212,7 @@ std::string FormatValue(const Parameter& parameter, const Value& value) {
 }
 
 std::string FormatRange(const Parameter& parameter) {
-  if (parameter.kind == Kind::Layer) return "a picture's file";
+  if (IsNeeded(parameter.kind)) return "a picture's file";
   if (parameter.kind == Kind::Mask) return "a picture's file, or nothing";
   if (parameter.kind == Kind::Rgba) return "a colour";
   if (parameter.kind == Kind::Points) return "a curve";

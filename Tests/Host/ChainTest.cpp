@@ -111,7 +111,7 @@ TEST_F(ChainTest, EveryEffectOnGrayAndRGB) {
     const std::string name(effect.name);
     std::string layers;
     for (const catalog::Parameter& parameter : effect.parameters) {
-      if (parameter.kind == catalog::Kind::Layer) {
+      if (catalog::IsNeeded(parameter.kind)) {
         layers.append(" ").append(parameter.name).append("=gray.png");
       }
     }
@@ -142,6 +142,9 @@ TEST_F(ChainTest, PicturesBeside) {
     const bool seen = x < 3 && y < 2 && !(x == 1 && y == 0);
     EXPECT_EQ(samples[i], seen ? 200 : mIn[i]) << x << "," << y;
   }
+  // Effects that want another picture's planes to be alike get them so.
+  QvfxDone("in.png -o out.png mix with=in.png weight=0.25 other-weight=0.5");
+  EXPECT_NEAR(ReadStored(At("out.png")).samples[4], mIn[4] * 0.75, 0.51);
   // A mask of another depth, by the first of its samples.
   WriteStored(At("mask.png"), {SpecOf(kWidth, kHeight, 3, OIIO::TypeUInt16), [] {
     std::vector<float> mask(kWidth * kHeight * 3, 0);

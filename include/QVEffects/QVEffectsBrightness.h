@@ -30,7 +30,9 @@
  *
  *  Functions that make curves fill 256 floats for each plane, all alike, with what the effect of
  *  their name does without a mask; QVEffectsApplyCurves() applies them. They return 0, or
- *  kQVStatusBadArgument for null. For 0 or fewer planes nothing is written. */
+ *  kQVStatusBadArgument for null. For 0 or fewer planes nothing is written.
+ *
+ *  Where an effect comes to a copy, QVEffectsCopyImage() does it and answers. */
 #ifndef QVEFFECTS_QVEFFECTSBRIGHTNESS_H
 #define QVEFFECTS_QVEFFECTSBRIGHTNESS_H
 

@@ -4,7 +4,9 @@
  *
  *  A set of curves is an array of 256 floats for each colour plane, one plane after the other:
  *  curves[256 * p + l] is what level l / 255 of plane p becomes, on a scale from 0 to 1.
- *  Transparency has no curve. Between levels a curve runs straight. */
+ *  Transparency has no curve. Between levels a curve runs straight.
+ *
+ *  Where an effect comes to a copy, QVEffectsCopyImage() does it and answers. */
 #ifndef QVEFFECTS_QVEFFECTSCURVES_H
 #define QVEFFECTS_QVEFFECTSCURVES_H
 

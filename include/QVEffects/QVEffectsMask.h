@@ -10,7 +10,8 @@
  * where float results are held to 0 to 1, NaN stays.
  *
  *  A mask has the depth of the image and one plane. One of the type kQVImageTypeInvertedMask is
- * read upside down. Where a row of a mask can't be had, the mask counts as absent.
+ * read upside down. Where a row of a mask can't be had, the mask counts as absent, but for
+ *  QVEffectsFindMaskBounds(), which needs it.
  *
  *  Statuses: 0; kQVStatusUnsupported for another depth, images or masks that don't go together, or
  *  too many planes; kQVStatusBadArgument for null or a row that can't be had. */

@@ -83,14 +83,6 @@ void MixStrip(const T* base, const T* effect, T* out, int planes, int pixels, co
   qv::StoreSamples<T>(out, planes, pixels, strips.base);
 }
 
-// Calls f(first, count) for each strip of so many pixels.
-template <class F>
-void EachStrip(int64_t pixels, F&& f) {
-  for (int64_t x = 0; x < pixels; x += qv::kStripPixels) {
-    f(x, static_cast<int>(std::min<int64_t>(pixels - x, qv::kStripPixels)));
-  }
-}
-
 template <class T>
 void ApplyRows(__QVImage* base, __QVImage* effect, __QVImage* mask, __QVImage* dst, VRect rect,
                float half) {
@@ -98,21 +90,21 @@ void ApplyRows(__QVImage* base, __QVImage* effect, __QVImage* mask, __QVImage* d
   const qv::MaskSense sense(mask);
   Strips strips;
   qv::WalkRows(kSource,
-               {qv::ToRead(base), qv::ToRead(effect), qv::ToWrite(dst), qv::ToReadIfThere(mask)},
+               {qv::ToRead(base), qv::ToRead(effect), qv::ToReadIfThere(mask), qv::ToWrite(dst)},
                rect, [&](void** rows, int pixels) {
     const T* from = static_cast<const T*>(rows[0]);
     const T* over = static_cast<const T*>(rows[1]);
-    T* out = static_cast<T*>(rows[2]);
-    const T* maskRow = static_cast<const T*>(rows[3]);
+    const T* maskRow = static_cast<const T*>(rows[2]);
+    T* out = static_cast<T*>(rows[3]);
     float* share = strips.mask[0];
     if (!maskRow) {
       // All samples alike, as if each were a pixel.
       std::fill_n(share, qv::kStripPixels, half);
-      return EachStrip(int64_t{pixels} * planes, [&](int64_t x, int count) {
+      return qv::EachStrip(int64_t{pixels} * planes, [&](int64_t x, int count) {
         MixStrip(from + x, over + x, out + x, 1, count, share, strips);
       });
     }
-    EachStrip(pixels, [&](int64_t x, int count) {
+    qv::EachStrip(pixels, [&](int64_t x, int count) {
       qv::LoadMask(qv::LoadSamples<T>, maskRow + x, 1, count, sense, strips.mask);
       for (int i = 0; i < count; i++) share[i] = qv::HeldToUnit(share[i] - kNeutral + half);
       const int64_t first = x * planes;
@@ -151,7 +143,7 @@ void ApplyRowsInZones(__QVImage* base, __QVImage* effect, __QVImage* mask, __QVI
                rect, [&](void** rows, int pixels) {
     const T* maskRow = static_cast<const T*>(rows[2]);
     if (!maskRow) std::fill_n(strips.mask[0], qv::kStripPixels, kNeutral);
-    EachStrip(pixels, [&](int64_t x, int count) {
+    qv::EachStrip(pixels, [&](int64_t x, int count) {
       const int64_t first = x * planes;
       qv::LoadUnscaled<T>(static_cast<const T*>(rows[0]) + first, planes, count, strips.base);
       qv::LoadUnscaled<T>(static_cast<const T*>(rows[1]) + first, planes, count, strips.effect);

@@ -171,9 +171,8 @@ struct MaskedRow {
         colors(planes - QVImageGetTransparency(image)) {}
 
   void operator()(const T* in, const T* maskRow, T* out, int pixels) {
-    for (int x = 0; x < pixels; x += qv::kStripPixels) {
-      const int count = std::min(pixels - x, qv::kStripPixels);
-      const ptrdiff_t first = ptrdiff_t{x} * planes;
+    qv::EachStrip(pixels, [&](int64_t x, int count) {
+      const int64_t first = x * planes;
       qv::LoadUnscaled<T>(in + first, planes, count, strip);
       const bool flattens = LoadMask(maskRow + x, count);
       WithForm(flattens, [&](auto form) {
@@ -181,7 +180,7 @@ struct MaskedRow {
         for (int c = 0; c < colors; c++) Change<1, form>(c, count);
       });
       qv::StoreSamples<T>(out + first, planes, count, strip);
-    }
+    });
   }
 
  private:

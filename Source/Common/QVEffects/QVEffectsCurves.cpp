@@ -73,7 +73,7 @@ struct Interpolation {
     }
   }
 
-  // in and out may be the same.
+  // in and out may be the same where there is no transparency.
   template <class Layout>
   void MapChunk(const T* in, T* out, int pixels, Layout layout) {
     const int samples = pixels * layout.planes;
@@ -132,7 +132,8 @@ bool AreAlike(const float* curves, int colors) {
 
 template <class T>
 int ApplyCurves(__QVImage* src, __QVImage* dst, VRect rect, const float* curves, Mix<T> mix) {
-  const int colors = std::max(QVImageGetNumPlanes(dst) - QVImageGetTransparency(dst), 0);
+  const int colors = QVImageGetNumPlanes(dst) - QVImageGetTransparency(dst);
+  if (colors < 1) return kQVStatusUnsupported;
   if constexpr (!std::is_floating_point_v<T>) {
     // Tables of 8 bits all stay in the first cache.
     const int tables = sizeof(T) > 1 && AreAlike(curves, colors) ? 1 : colors;

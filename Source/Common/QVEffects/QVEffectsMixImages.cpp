@@ -36,15 +36,14 @@ struct Counts {
 template <class T>
 void MixRow(const T* a, const T* b, T* out, int64_t samples, float ofA, float ofB) {
   Strip as, bs;
-  for (int64_t x = 0; x < samples; x += qv::kStripPixels) {
-    const int count = static_cast<int>(std::min<int64_t>(samples - x, qv::kStripPixels));
+  qv::EachStrip(samples, [&](int64_t x, int count) {
     qv::LoadUnscaled<T>(a + x, 1, count, as);
     qv::LoadUnscaled<T>(b + x, 1, count, bs);
     float* __restrict sum = as[0];
     const float* __restrict other = bs[0];
     for (int i = 0; i < count; i++) sum[i] = Held<T>(other[i] * ofB + sum[i] * ofA);
     qv::StoreSamples<T>(out + x, 1, count, as);
-  }
+  });
 }
 
 template <class T>
@@ -53,8 +52,7 @@ void MultiplyRow(std::span<void*> masks, T* out, int pixels, const qv::MaskSense
   Strip mask, product;
   float* __restrict p = product[0];
   const float* __restrict m = mask[0];
-  for (int x = 0; x < pixels; x += qv::kStripPixels) {
-    const int count = std::min(pixels - x, qv::kStripPixels);
+  qv::EachStrip(pixels, [&](int64_t x, int count) {
     std::fill_n(p, count, 1.0f);
     for (size_t n = 0; n < masks.size(); n++) {
       if (!masks[n]) continue;
@@ -64,7 +62,7 @@ void MultiplyRow(std::span<void*> masks, T* out, int pixels, const qv::MaskSense
     }
     for (int i = 0; i < count; i++) p[i] = ofResult(p[i]) * qv::Sample<T>::kMax;
     qv::StoreSamples<T>(out + x, 1, count, product);
-  }
+  });
 }
 
 // The first place from `start` on whose sample counts, or `end`. Whole blocks without any are
@@ -85,9 +83,8 @@ template <class T>
 void FlattenRow(T* row, int planes, int pixels) {
   constexpr float kMax = qv::Sample<T>::kMax;
   Strip strip;
-  for (int x = 0; x < pixels; x += qv::kStripPixels) {
-    const int count = std::min(pixels - x, qv::kStripPixels);
-    T* at = row + ptrdiff_t{x} * planes;
+  qv::EachStrip(pixels, [&](int64_t x, int count) {
+    T* at = row + x * planes;
     qv::LoadUnscaled<T>(at, planes, count, strip);
     const float* __restrict alpha = strip[planes - 1];
     for (int c = 0; c < planes - 1; c++) {
@@ -98,7 +95,7 @@ void FlattenRow(T* row, int planes, int pixels) {
       }
     }
     qv::StoreSamples<T>(at, planes, count, strip);
-  }
+  });
 }
 
 // ---- Images

@@ -27,6 +27,14 @@ struct Strip {
 /// Stages may run over whole vectors: past `pixels` they compute what nobody stores.
 inline int WholeVectors(int pixels) { return (pixels + 15) / 16 * 16; }
 
+/// Calls f(first, count) for each strip of so many pixels or samples.
+template <class F>
+void EachStrip(int64_t pixels, F&& f) {
+  for (int64_t x = 0; x < pixels; x += kStripPixels) {
+    f(x, static_cast<int>(std::min<int64_t>(pixels - x, kStripPixels)));
+  }
+}
+
 /// Whether strips can hold the image's pixels. True of null, which has none.
 inline bool FitsPlanes(__QVImage* image) {
   const int planes = image ? QVImageGetNumPlanes(image) : 0;
