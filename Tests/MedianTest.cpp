@@ -17,8 +17,8 @@ using test::Pixel;
 using test::TestImage;
 
 constexpr QVRect kBounds = {-3, 5, 41, 13};
-constexpr Form kIntegerForms[] = {{8, 1, 0},  {8, 3, 0},  {8, 4, 1},  {8, 24, 0},
-                                  {16, 1, 0}, {16, 3, 0}, {16, 4, 1}, {16, 12, 0}};
+constexpr Form kIntegerForms[] = {{8, 1, 0},  {8, 3, 0},  {8, 4, 1},  {8, 28, 0},
+                                  {16, 1, 0}, {16, 3, 0}, {16, 4, 1}, {16, 14, 0}};
 
 float MedianAt(const TestImage& image, int x, int y, int plane, int radius) {
   std::vector<float> samples;
@@ -70,9 +70,9 @@ void Soften(TestImage& image) {
 }
 
 // Every network, the histograms that follow, windows of more than 65535 samples, and pixels of so
-// many planes that no strip holds a window; the rectangle goes past two edges, and dst past src.
+// many planes that no strip holds a window; the rectangle goes past three edges, and dst past src.
 TEST(Median, IsTheMiddleOfTheSortedWindow) {
-  constexpr QVRect kLarger = {-6, 1, 46, 19}, kRect = {-9, -2, 31, 17};
+  constexpr QVRect kLarger = {-6, 1, 46, 19}, kRect = {-9, -2, 31, 25};
   for (const Form form : kIntegerForms) {
     for (const int radius : {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 25, 70, 127, 128}) {
       if (form.planes > 1 && radius > 10) continue;
@@ -85,6 +85,22 @@ TEST(Median, IsTheMiddleOfTheSortedWindow) {
         const auto expected = Expected(src, dst, rect, radius, 0);
         ASSERT_EQ(QVEffectsMedian(src, dst, rect, radius), kQVStatusSuccess);
         ASSERT_TRUE(dst.Bytes() == expected) << form << ", radius " << radius << ", " << isSoft;
+      }
+    }
+  }
+}
+
+TEST(Median, TakesTransparencyFromTheSource) {
+  constexpr QVRect kWide = {-9, 3, 53, 17};
+  for (const int depth : {8, 16}) {
+    for (const int transparency : {0, 1}) {
+      for (const int radius : {2, 7}) {
+        TestImage src(kBounds, {depth, 4, transparency});
+        TestImage dst(kWide, {depth, 4, 1 - transparency}, test::Residency::kMemory, 2);
+        const auto expected = Expected(src, dst, kWide, radius, 0);
+        ASSERT_EQ(QVEffectsMedian(src, dst, kWide, radius), kQVStatusSuccess);
+        ASSERT_TRUE(dst.Bytes() == expected)
+            << src.GetForm() << " to " << dst.GetForm() << ", radius " << radius;
       }
     }
   }

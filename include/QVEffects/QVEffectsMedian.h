@@ -8,9 +8,9 @@
  *  as it is.
  *
  *  `src` and `dst` have 8 or 16 bits a sample and the same number of planes, whatever that is; they
- *  may be the same image. Memory is taken for the rows that the square covers, at 8 bits from a
- *  radius of 7 on for 128 more, and for up to 1 MB of counts; for radii in the hundreds both grow,
- *  rows being 2 * radius pixels longer than `rect`. */
+ *  may be the same image. Memory is taken for the rows that the square covers, each 2 * radius
+ * pixels longer than `rect`, and at 8 bits from a radius of 7 on for 128 more; then for 1 MB of
+ * counts, or at 8 bits for 5 KB times radius times planes where that is more. */
 #ifndef QVEFFECTS_QVEFFECTSMEDIAN_H
 #define QVEFFECTS_QVEFFECTSMEDIAN_H
 
@@ -21,13 +21,15 @@ extern "C" {
 #endif
 
 /** Replaces every colour sample by the median of its neighbours: single specks go, edges stay.
- *  @param src,dst source and destination: 8 or 16 bits, the same depth and planes. With a radius
- *                 below 1 any depth, see QVEffectsCopyImage().
+ *  @param src,dst source and destination: 8 or 16 bits, the same depth and planes. Where the
+ *                 rectangle is copied any depth, see QVEffectsCopyImage(). Which plane is
+ *                 transparency goes by src.
  *  @param rect    what to work on; see QVEffectsBasics.h for rectangles that aren't inside.
  *  @param radius  pixels, 1 to 100 being useful; below 1 the rectangle is copied.
  *  @return 0; kQVStatusBadArgument for null, a radius above 32767 or a row that can't be had;
  *          kQVStatusUnsupported for another depth or images that differ in depth or planes;
- *          kQVStatusUnknown3 when memory runs out. */
+ *          kQVStatusUnknown3 when memory runs out. Where the rectangle is copied, what
+ *          QVEffectsCopyImage() returns. */
 QVEFFECTS_API int QVEffectsMedian(__QVImage* src, __QVImage* dst, QVRect rect, int radius);
 
 /** Replaces by their median those colour samples that differ from it by the threshold or more: dust
@@ -36,7 +38,7 @@ QVEFFECTS_API int QVEffectsMedian(__QVImage* src, __QVImage* dst, QVRect rect, i
  *  @param rect      what to work on; see QVEffectsBasics.h for rectangles that aren't inside.
  *  @param radius    pixels, 1 to 100 being useful; below 1 the rectangle is copied.
  *  @param threshold a fraction of full scale, 0 to 1, rounded to whole samples. 0, less and NaN
- * give the median everywhere; from 1 on the rectangle is copied.
+ * give the median everywhere; from 1 on the rectangle is copied, whatever the radius.
  *  @return as of QVEffectsMedian(). */
 QVEFFECTS_API int QVEffectsDustAndScratch(__QVImage* src, __QVImage* dst, QVRect rect, int radius,
                                           float threshold);

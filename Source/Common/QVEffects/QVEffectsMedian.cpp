@@ -3,6 +3,7 @@
 #include <QVEffects/QVEffectsBasics.h>
 #include <QVEffects/QVEffectsMedian.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <limits>
 #include <vector>
@@ -18,22 +19,21 @@ namespace {
 constexpr const char* kSource = "Source/Common/QVEffects/QVEffectsMedian";
 
 // Up to here a network is faster than histograms.
-template <class T>
 constexpr int kLargestNetwork = 6;
 
 // Calls f with what finds the medians.
 template <class T, int kRadius = 1, class F>
-void WithFilter(int64_t radius, int planes, F&& f) {
-  if constexpr (kRadius <= kLargestNetwork<T>) {
+void WithFilter(const qv::MedianRow& row, F&& f) {
+  if constexpr (kRadius <= kLargestNetwork) {
     using Network = qv::MedianNetwork<T, kRadius>;
-    if (radius == kRadius && Network::Takes(planes)) return f(Network(planes));
-    return WithFilter<T, kRadius + 1>(radius, planes, f);
+    if (row.radius == kRadius && Network::Takes(row.planes)) return f(Network(row.planes));
+    return WithFilter<T, kRadius + 1>(row, f);
   } else {
-    const int64_t size = 2 * radius + 1;
+    const int64_t size = 2 * row.radius + 1;
     if (size * size <= std::numeric_limits<ushort>::max()) {
-      return f(qv::MedianHistogram<T, ushort>(radius, planes));
+      return f(qv::MedianHistogram<T, ushort>(row));
     }
-    return f(qv::MedianHistogram<T, uint32_t>(radius, planes));
+    return f(qv::MedianHistogram<T, uint32_t>(row));
   }
 }
 
@@ -50,41 +50,31 @@ void Restore(const T* __restrict source, const T* __restrict mask, T threshold,
   }
 }
 
-// Has a row, if there is one, on its way from memory while another one is worked on.
-void Fetch(const void* row, ptrdiff_t from, ptrdiff_t bytes) {
-  if (!row) return;
-  for (ptrdiff_t i = 0; i < bytes; i += 64) {
-    __builtin_prefetch(static_cast<const std::byte*>(row) + from + i);
-  }
-}
-
 // The rows of dst in bands as high as the filter likes best, and those in strips as wide; bands
 // higher than a row aren't cut into strips.
 template <class T, class Filter>
 void FilterRows(__QVImage* src, __QVImage* dst, VRect rect, int64_t radius, T threshold,
                 Filter& filter) {
-  const int planes = QVImageGetNumPlanes(dst), transparency = QVImageGetTransparency(dst);
+  const int planes = QVImageGetNumPlanes(src), transparency = QVImageGetTransparency(src);
   const int width = rect.right - rect.left, height = rect.bottom - rect.top;
   const ptrdiff_t samples = ptrdiff_t{width} * planes;
   const int64_t band = std::min<int64_t>(filter.Band(), height);
   const ptrdiff_t strip = band > 1 ? samples : std::min(filter.Strip(), samples);
 
-  QVImageAccess source(src, nullptr), target(dst, nullptr);
+  QVImageAccess target(dst, nullptr);
   qv::RowWindow<T> window(src, rect.left - radius, width + 2 * radius, 2 * radius + band, kSource);
   std::vector<const T*> rows(2 * radius + band);
   const ptrdiff_t stride = strip + 2 * radius * planes + 64;
-  qv::Buffer<T> medians(band * stride), mask(samples);
+  const bool restores = threshold > 0 || transparency > 0;
+  qv::Buffer<T> medians(band * stride), mask(restores ? samples : 0);
   if (transparency > 0) {
     for (ptrdiff_t i = planes - 1; i < samples; i += planes) mask.Get()[i] = 1;
   }
   qv::RowCopier copier(static_cast<size_t>(samples) * height * sizeof(T));
 
   for (int64_t top = rect.top; top < rect.bottom; top += band) {
-    const int64_t count = std::min(band, rect.bottom - top), next = top + count + radius;
-    for (int64_t i = 0; i < 2 * radius + count; i++) rows[i] = window.Row(top - radius + i);
-    int unused;
-    const void* ahead = source.GetAddressInMemory(
-        {VRect::Held(next), rect.left, VRect::Held(next + 1), rect.right}, unused);
+    const int64_t count = std::min(band, rect.bottom - top), covered = 2 * radius + count;
+    for (int64_t i = 0; i < covered; i++) rows[i] = window.Row(top - radius + i);
     const T* from = nullptr;
     T* to = nullptr;
     for (ptrdiff_t start = 0; start < samples; start += strip) {
@@ -97,24 +87,27 @@ void FilterRows(__QVImage* src, __QVImage* dst, VRect rect, int64_t radius, T th
           from = rows[radius + i] + radius * planes;
         }
         T* found = medians.Get() + i * stride;
-        if (threshold > 0 || transparency > 0) {
+        if (restores) {
           Restore(from + start, mask.Get() + start, threshold, found, some);
         }
         copier.Copy(to + start, found, some * sizeof(T));
       }
-      for (const T*& row : rows) row += some;
-      Fetch(ahead, start * sizeof(T), some * sizeof(T));
+      for (int64_t i = 0; i < covered; i++) rows[i] += some;
     }
   }
 }
 
-template <class T>
-int FilterImage(__QVImage* src, __QVImage* dst, VRect rect, int64_t radius, T threshold) {
-  rect = rect.Intersect(MakeVRect(QVImageGetBounds(dst)));
-  if (rect.IsEmpty()) return kQVStatusSuccess;
-  WithFilter<T>(radius, QVImageGetNumPlanes(dst),
-                [&](auto filter) { FilterRows(src, dst, rect, radius, threshold, filter); });
-  return kQVStatusSuccess;
+// The medians of a part of dst, as histograms need to know of them.
+qv::MedianRow RowOf(__QVImage* src, VRect rect, int64_t radius) {
+  const VRect bounds = MakeVRect(QVImageGetBounds(src));
+  const int planes = QVImageGetNumPlanes(src);
+  const int64_t left = rect.left - radius, size = 2 * radius + 1;
+  return {radius,
+          planes,
+          planes - QVImageGetTransparency(src),
+          ptrdiff_t{rect.right - rect.left} * planes,
+          std::clamp<int64_t>(bounds.left - left, 0, size),
+          std::clamp<int64_t>(left + size - bounds.right, 0, size)};
 }
 
 }  // namespace
@@ -134,7 +127,12 @@ int QVEffectsDustAndScratch(__QVImage* src, __QVImage* dst, QVRect rect, int rad
         return kQVStatusUnsupported;
       } else {
         if (!qv::HaveSamePixels(src, dst)) return kQVStatusUnsupported;
-        return FilterImage<T>(src, dst, MakeVRect(rect), radius, qv::FromUnit<T>(threshold));
+        const VRect part = MakeVRect(rect).Intersect(MakeVRect(QVImageGetBounds(dst)));
+        if (part.IsEmpty()) return kQVStatusSuccess;
+        WithFilter<T>(RowOf(src, part, radius), [&](auto filter) {
+          FilterRows(src, dst, part, radius, qv::FromUnit<T>(threshold), filter);
+        });
+        return kQVStatusSuccess;
       }
     });
   });

@@ -16,24 +16,35 @@
 
 namespace qv {
 
+/// What histograms are told beforehand of a row of medians.
+struct MedianRow {
+  int64_t radius;
+  int planes;         ///< samples from one pixel to the next
+  int colors;         ///< of them; medians of others aren't needed
+  ptrdiff_t samples;  ///< at most so many are asked for
+  /// Columns of the first window that lie left and right of the image: those on a side are the
+  /// same.
+  int64_t before, after;
+};
+
 /// Histograms of columns, kept up from row to row. For each value the counts of neighbouring
 /// columns lie side by side, so that windows are summed, and their sums followed up to the median,
 /// many at a time. Sixteen values together decide first; of the values themselves only those are
-/// followed that some median of the strip may be. The time doesn't depend on the radius.
+/// followed that some median of the strip may be. The time hardly depends on the radius as long as
+/// rows are longer than windows.
 /// @tparam Count holds the number of samples of a window.
 template <class Count>
 class ColumnHistograms {
  public:
-  /// @param planes samples from one pixel to the next.
-  ColumnHistograms(int64_t radius, int planes)
-      : mSize(2 * radius + 1),
-        mPlanes(planes),
-        mMargin(2 * radius * planes),
-        mStrip(Whole(std::max<ptrdiff_t>(mMargin, 512))),
+  explicit ColumnHistograms(const MedianRow& row)
+      : mSize(2 * row.radius + 1),
+        mPlanes(row.planes),
+        mMargin(2 * row.radius * row.planes),
+        mStrip(Whole(std::min(std::max<ptrdiff_t>(mMargin, 512), row.samples))),
         // An odd number of cache lines: the counts of a column then lie in different cache sets.
-        mStride(Whole(mStrip + mMargin) + 64 + 32),
+        mStride(Whole(mStrip + mMargin) + 64 + 64 / sizeof(Count)),
         mColumns(kBins * mStride),
-        mSpans((kSpans + 3) * mStride),
+        mSpans((kSpans + 2) * mStride),
         mSeen(mStrip),
         mBelow(mStrip),
         mCoarse(mStrip),
@@ -72,7 +83,7 @@ class ColumnHistograms {
  private:
   // Sixteen coarse bins, then one for each value.
   static constexpr ptrdiff_t kCoarse = 16, kBins = kCoarse + 256;
-  static constexpr int kSpans = 8;  // the most that a size below 65536 takes
+  static constexpr int kSpans = 8;  // of 1, 4, 16 columns and so on; a size is below 4^8
 
   // Loops run over whole vectors; what they compute past the end nobody reads.
   static constexpr ptrdiff_t Whole(ptrdiff_t count) { return (count + 63) / 64 * 64; }
@@ -147,7 +158,7 @@ class ColumnHistograms {
   // The counts over as many columns as a window has, from each place on, from those over one
   // column, 4, 16 and so on.
   Terms Sum(const Count* columns, ptrdiff_t count) {
-    std::array<const Count*, 3 * kSpans + 3> terms;
+    std::array<const Count*, 3 * kSpans + 1> terms;  // of each span up to three
     size_t last = 0;
     const Count* from = columns;
     Count* to = mSpans.Get();
@@ -158,10 +169,9 @@ class ColumnHistograms {
       if (4 * span > mSize) break;
       AddFour(from, span * mPlanes, Whole(count + mMargin - (4 * span - 1) * mPlanes), to);
     }
-    const Count* const none = mSpans.Get() + kSpans * mStride;
+    const Count* const none = mSpans.Get() + (kSpans - 1) * mStride;
     while (last < 3 || last % 2 == 0) terms[last++] = none;
-    Count* const sums[] = {mSpans.Get() + (kSpans + 1) * mStride,
-                           mSpans.Get() + (kSpans + 2) * mStride};
+    Count* const sums[] = {mSpans.Get() + kSpans * mStride, mSpans.Get() + (kSpans + 1) * mStride};
     for (int i = 0; last > 3; i++, last -= 2) {
       AddThree({terms[last - 1], terms[last - 2], terms[last - 3]}, Whole(count), sums[i % 2]);
       terms[last - 3] = sums[i % 2];
@@ -195,8 +205,13 @@ class ColumnHistograms {
 template <class Count>
 class SlidingHistogram {
  public:
-  SlidingHistogram(int64_t radius, int planes)
-      : mSize(2 * radius + 1), mPlanes(planes), mBins(kBins) {}
+  explicit SlidingHistogram(const MedianRow& row)
+      : mSize(2 * row.radius + 1), mPlanes(row.planes), mColors(row.colors), mBins(kBins) {
+    for (int64_t x = 0, same; x < mSize; x += same) {
+      same = x < row.before ? row.before - x : (x >= mSize - row.after ? mSize - x : 1);
+      mColumns.push_back({x * mPlanes, static_cast<Count>(same)});
+    }
+  }
 
   static int64_t Band() { return 1; }
   static ptrdiff_t Strip() { return PTRDIFF_MAX; }
@@ -214,12 +229,14 @@ class SlidingHistogram {
       for (same = 1; i + same < mSize && rows[i + same] == rows[i];) same++;
       mRows.push_back({rows[i], static_cast<Count>(same)});
     }
-    for (int plane = 0; plane < mPlanes; plane++) {
+    for (int plane = 0; plane < mColors; plane++) {
       std::memset(mBins.Get(), 0, kBins * sizeof(Count));
       mStart = 0;
       mBelow = 0;
       for (const Run& run : mRows) {
-        for (int64_t x = 0; x < mSize; x++) mBins.Get()[run.row[plane + x * mPlanes]] += run.weight;
+        for (const auto& [at, weight] : mColumns) {
+          mBins.Get()[run.row[plane + at]] += static_cast<Count>(run.weight * weight);
+        }
       }
       out[plane] = Median();
       for (ptrdiff_t i = plane + mPlanes; i < samples; i += mPlanes) {
@@ -231,9 +248,13 @@ class SlidingHistogram {
 
   static constexpr int kBins = 65536, kBlock = 256;
 
-  // Rows above and below the image are the same: they count at once.
+  // Rows above and below the image are the same, as are columns beside it: they count at once.
   struct Run {
     const ushort* row;
+    Count weight;
+  };
+  struct Columns {
+    ptrdiff_t at;
     Count weight;
   };
 
@@ -271,11 +292,12 @@ class SlidingHistogram {
   }
 
   int64_t mSize;
-  ptrdiff_t mPlanes;
+  ptrdiff_t mPlanes, mColors;
   Buffer<Count> mBins;
   std::vector<Run> mRows;
-  int mStart = 0;    // of a block of bins
-  Count mBelow = 0;  // samples below it
+  std::vector<Columns> mColumns;  // of the first window
+  int mStart = 0;                 // of a block of bins
+  Count mBelow = 0;               // samples below it
 };
 
 template <class T, class Count>

@@ -11,6 +11,10 @@
 
 #include "Buffer.h"
 
+// Of what is inlined into one loop body. Checks for undefined behaviour would make it grow beyond
+// what compilers can bear.
+#define QV_UNROLLED __attribute__((always_inline, no_sanitize("undefined")))
+
 namespace qv {
 
 // ---- Sorted lists of samples. Their loops are unrolled, so that what nobody reads isn't computed.
@@ -24,21 +28,21 @@ struct List : std::array<T, kSize> {
 
 /// The list of at(0), at(1) and so on, which get their places as constants.
 template <class T, std::size_t kSize, class At>
-[[gnu::always_inline]] inline List<T, kSize> ListOf(At at) {
-  return [&]<std::size_t... i>(std::index_sequence<i...>) __attribute__((always_inline)) {
+QV_UNROLLED inline List<T, kSize> ListOf(At at) {
+  return [&]<std::size_t... i>(std::index_sequence<i...>) QV_UNROLLED {
     return List<T, kSize>{at(std::integral_constant<std::size_t, i>())...};
   }(std::make_index_sequence<kSize>());
 }
 
 template <std::size_t kFirst, class T, std::size_t kSize>
-[[gnu::always_inline]] inline auto EverySecond(const List<T, kSize>& list) {
-  return ListOf<T, (kSize + 1 - kFirst) / 2>(
-      [&](auto i) __attribute__((always_inline)) { return list[kFirst + 2 * i]; });
+QV_UNROLLED inline auto EverySecond(const List<T, kSize>& list) {
+  return ListOf<T, (kSize + 1 - kFirst) / 2>([&](auto i)
+                                                 QV_UNROLLED { return list[kFirst + 2 * i]; });
 }
 
 /// Batcher's odd-even merge.
 template <class T, std::size_t kA, std::size_t kB>
-[[gnu::always_inline]] inline List<T, kA + kB> Merge(const List<T, kA>& a, const List<T, kB>& b) {
+QV_UNROLLED inline List<T, kA + kB> Merge(const List<T, kA>& a, const List<T, kB>& b) {
   if constexpr (kA == 0) {
     return b;
   } else if constexpr (kB == 0) {
@@ -48,7 +52,7 @@ template <class T, std::size_t kA, std::size_t kB>
   } else {
     const auto even = Merge(EverySecond<0>(a), EverySecond<0>(b));
     const auto odd = Merge(EverySecond<1>(a), EverySecond<1>(b));
-    return ListOf<T, kA + kB>([&](auto i) __attribute__((always_inline)) {
+    return ListOf<T, kA + kB>([&](auto i) QV_UNROLLED {
       constexpr std::size_t k = (i + 1) / 2;  // even[k] and odd[k - 1] are put in order
       if constexpr (k == 0 || k > odd.size()) {
         return even[k];
@@ -64,10 +68,10 @@ template <class T, std::size_t kA, std::size_t kB>
 /// The sample of a rank among those of both lists. Any rank + 1 samples have one that is as large;
 /// of the ways to take so many from the starts of the lists, one has none larger.
 template <std::size_t kRank, class T, std::size_t kA, std::size_t kB>
-[[gnu::always_inline]] inline T Select(const List<T, kA>& a, const List<T, kB>& b) {
+QV_UNROLLED inline T Select(const List<T, kA>& a, const List<T, kB>& b) {
   constexpr std::size_t kLeast = kRank + 1 > kB ? kRank + 1 - kB : 0;  // taken from a
   constexpr std::size_t kMost = std::min(kA, kRank + 1);
-  const auto largest = ListOf<T, kMost - kLeast + 1>([&](auto i) __attribute__((always_inline)) {
+  const auto largest = ListOf<T, kMost - kLeast + 1>([&](auto i) QV_UNROLLED {
     constexpr std::size_t fromA = kLeast + i, fromB = kRank + 1 - fromA;
     if constexpr (fromA == 0) {
       return b[fromB - 1];
@@ -77,7 +81,7 @@ template <std::size_t kRank, class T, std::size_t kA, std::size_t kB>
       return std::max(a[fromA - 1], b[fromB - 1]);
     }
   });
-  return [&]<std::size_t... i>(std::index_sequence<i...>) __attribute__((always_inline)) {
+  return [&]<std::size_t... i>(std::index_sequence<i...>) QV_UNROLLED {
     T least = largest[0];
     ((least = std::min(least, largest[i])), ...);
     return least;
@@ -108,7 +112,7 @@ class MedianNetwork {
   /// Medians of a part of a row.
   /// @param rows    those that the window covers, from where it starts at the first sample.
   /// @param samples at most Strip(); of `rows`, 63 more than their windows cover are read.
-  /// @param out     room for as many; others than the first `samples` are undefined.
+  /// @param out     room for 2 * radius * planes + 63 more, which are left undefined.
   void Medians(const T* const* rows, ptrdiff_t samples, int64_t, T* out, ptrdiff_t) {
     const ptrdiff_t blocks = (samples + Margin() + 63) / 64;
     SortColumns(rows, blocks, mLists.Get());
@@ -133,11 +137,10 @@ class MedianNetwork {
 
   // The sorted samples of so many columns from a place on.
   template <int kColumns>
-  [[gnu::always_inline]] static inline auto Load(const T* lists, ptrdiff_t i, ptrdiff_t planes) {
+  QV_UNROLLED static inline auto Load(const T* lists, ptrdiff_t i, ptrdiff_t planes) {
     if constexpr (std::has_single_bit(static_cast<unsigned>(kColumns)) && kColumns < kWide) {
-      return ListOf<T, kColumns * kHeight>([&](auto k) __attribute__((always_inline)) {
-        return lists[ListsOf(kColumns) + k * kStride + i];
-      });
+      return ListOf<T, kColumns * kHeight>(
+          [&](auto k) QV_UNROLLED { return lists[ListsOf(kColumns) + k * kStride + i]; });
     } else {
       constexpr int kLeft = std::bit_ceil(static_cast<unsigned>(kColumns)) / 2;
       return Merge(Load<kLeft>(lists, i, planes),
@@ -146,15 +149,14 @@ class MedianNetwork {
   }
 
   template <std::size_t kSize>
-  [[gnu::always_inline]] static inline void Store(const List<T, kSize>& list, T* lists,
-                                                  ptrdiff_t i) {
-    [&]<std::size_t... k>(std::index_sequence<k...>) __attribute__((always_inline)) {
+  QV_UNROLLED static inline void Store(const List<T, kSize>& list, T* lists, ptrdiff_t i) {
+    [&]<std::size_t... k>(std::index_sequence<k...>) QV_UNROLLED {
       ((lists[k * kStride + i] = list[k]), ...);
     }(std::make_index_sequence<kSize>());
   }
 
   template <int kFirst, int kCount>
-  [[gnu::always_inline]] static inline auto Sorted(const List<T, kHeight>& column) {
+  QV_UNROLLED static inline auto Sorted(const List<T, kHeight>& column) {
     if constexpr (kCount == 1) {
       return List<T, 1>{column[kFirst]};
     } else {
@@ -167,8 +169,7 @@ class MedianNetwork {
     std::array<const T*, kHeight> at;
     std::copy_n(rows, kHeight, at.begin());
     for (ptrdiff_t i = 0; i < blocks * 64; i++) {
-      const auto column =
-          ListOf<T, kHeight>([&](auto k) __attribute__((always_inline)) { return at[k][i]; });
+      const auto column = ListOf<T, kHeight>([&](auto k) QV_UNROLLED { return at[k][i]; });
       Store(Sorted<0, kHeight>(column), out, i);
     }
   }
@@ -197,8 +198,8 @@ class MedianNetwork {
     const ptrdiff_t planes = mPlanes;
     for (ptrdiff_t i = 0; i < blocks * 64; i++) {
       const auto wide = Load<kWide>(lists, i, planes);
-      const auto middle = ListOf<T, wide.size() - 2 * kBelow>(
-          [&](auto k) __attribute__((always_inline)) { return wide[k + kBelow]; });
+      const auto middle =
+          ListOf<T, wide.size() - 2 * kBelow>([&](auto k) QV_UNROLLED { return wide[k + kBelow]; });
       out[i] =
           Select<kHalf - kBelow>(middle, Load<kHeight - kWide>(lists, i + kWide * planes, planes));
     }
