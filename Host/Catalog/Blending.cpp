@@ -4,9 +4,6 @@
 namespace catalog {
 namespace {
 
-#define CHOICE(constant, code, name) {name, kQVBlendMode##constant},
-constexpr Choice kBlendModes[] = {QV_BLEND_MODES(CHOICE)};
-
 // Another picture over this one.
 int Blend(__QVImage* src, __QVImage* dst, QVRect rect, __QVImage* with, QVBlendMode mode,
           float opacity, __QVImage* mask) {

@@ -44,6 +44,11 @@ inline Parameter ChoiceOf(std::string_view name, std::span<const Choice> choices
   return {name, Kind::Choice, "", 0, 0, neutral, good, help, choices};
 }
 
+/// The blend modes by name.
+#define BLEND_MODE_CHOICE(constant, code, name) {name, kQVBlendMode##constant},
+inline constexpr Choice kBlendModes[] = {QV_BLEND_MODES(BLEND_MODE_CHOICE)};
+#undef BLEND_MODE_CHOICE
+
 /// The effects of a family, and its exported functions that have no row.
 struct Family {
   std::vector<Effect> effects;
