@@ -28,6 +28,7 @@ std::vector<Job> BlendingJobs();
 std::vector<Job> ColorJobs();
 std::vector<Job> BrightnessJobs();
 std::vector<Job> CurveJobs();
+std::vector<Job> HueSaturationJobs();
 std::vector<Job> MaskJobs();
 
 /// The jobs of the families, then every other effect of the catalog from RGB to RGB at its good

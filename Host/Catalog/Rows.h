@@ -60,6 +60,7 @@ Family Blending();
 Family ColorModes();
 Family Brightnesses();
 Family Curves();
+Family HueSaturations();
 Family Masks();
 
 }  // namespace catalog

@@ -10,6 +10,7 @@
 #include <QVEffects/QVEffectsColor.h>
 #include <QVEffects/QVEffectsConvert.h>
 #include <QVEffects/QVEffectsCurves.h>
+#include <QVEffects/QVEffectsHueSaturation.h>
 #include <QVEffects/QVEffectsMask.h>
 
 #endif
