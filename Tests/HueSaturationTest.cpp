@@ -10,10 +10,9 @@
 namespace {
 
 using test::Form;
+using test::kPixel;
 using test::Rgb;
 using test::TestImage;
-
-constexpr QVRect kPixel = {0, 0, 1, 1};
 
 using Convert = void (*)(const float*, float*);
 
@@ -80,15 +79,6 @@ TEST(Desaturate, IsExactInEveryMode) {
   }
 }
 
-// A single float pixel.
-Rgb Becomes(Rgb color, const std::function<int(__QVImage*)>& run) {
-  TestImage image(kPixel, {32, 3, 0});
-  std::memcpy(image.Address(0, 0), color.data(), sizeof color);
-  EXPECT_EQ(run(image), kQVStatusSuccess);
-  std::memcpy(color.data(), image.Address(0, 0), sizeof color);
-  return color;
-}
-
 TEST(HueSaturation, ValuesByHand) {
   const auto hsb = [](float h, float s, float b) {
     return [=](__QVImage* i) { return QVEffectsHueSaturationBrightness(i, i, kPixel, h, s, b); };
@@ -130,7 +120,7 @@ TEST(HueSaturation, ValuesByHand) {
       {{0.8f, 0.4f, 0.2f}, desaturate(kQVBlendModeNormal, -1), {0.8f, 0.4f, 0.2f}},
   };
   for (const auto& each : kCases) {
-    const Rgb got = Becomes(each.from, each.run);
+    const Rgb got = test::Becomes(each.from, each.run);
     EXPECT_THAT(got, testing::Pointwise(testing::FloatNear(1e-6f), each.to)) << &each - kCases;
   }
 }

@@ -10,7 +10,7 @@ namespace catalog {
 namespace {
 
 constexpr Family (*kFamilies[])() = {Basics, Blending,       Brightnesses, ColorModes,
-                                     Curves, HueSaturations, Masks};
+                                     Curves, HueSaturations, Masks,        Tonings};
 
 // Effects by name.
 const Family& Table() {

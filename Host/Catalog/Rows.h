@@ -62,5 +62,6 @@ Family Brightnesses();
 Family Curves();
 Family HueSaturations();
 Family Masks();
+Family Tonings();
 
 }  // namespace catalog

@@ -18,6 +18,8 @@ inline constexpr Form kRgbForms[] = {{8, 3, 0},  {8, 4, 1},  {16, 3, 0},
                                      {16, 4, 1}, {32, 3, 0}, {32, 4, 1}};
 inline constexpr QVRect kColorBounds = {-3, 5, 301, 6};  // longer than a strip
 
+inline constexpr QVRect kPixel = {0, 0, 1, 1};
+
 using ColorRun = std::function<int(__QVImage* src, __QVImage* dst, QVRect rect)>;
 /// From samples on their own scale to values on that scale; `unit` and `max` are the scale.
 using ColorFormula = std::function<Rgb(Rgb samples, float unit, float max)>;
@@ -61,9 +63,17 @@ inline void ExpectColors(const ColorRun& run, const ColorFormula& formula) {
   }
 }
 
+/// What an effect makes of a single float pixel in place.
+inline Rgb Becomes(Rgb color, const std::function<int(__QVImage*)>& run) {
+  TestImage image(kPixel, {32, 3, 0});
+  std::memcpy(image.Address(0, 0), color.data(), sizeof color);
+  EXPECT_EQ(run(image), kQVStatusSuccess);
+  std::memcpy(color.data(), image.Address(0, 0), sizeof color);
+  return color;
+}
+
 /// What a mode makes of single colours, by blending two images.
 inline Rgb Blended(QVBlendMode mode, Rgb upper, Rgb lower) {
-  constexpr QVRect kPixel = {0, 0, 1, 1};
   static TestImage a(kPixel, {32, 3, 0}), b(kPixel, {32, 3, 0}), r(kPixel, {32, 3, 0});
   std::memcpy(a.Address(0, 0), upper.data(), sizeof upper);
   std::memcpy(b.Address(0, 0), lower.data(), sizeof lower);

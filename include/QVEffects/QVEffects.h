@@ -12,5 +12,6 @@
 #include <QVEffects/QVEffectsCurves.h>
 #include <QVEffects/QVEffectsHueSaturation.h>
 #include <QVEffects/QVEffectsMask.h>
+#include <QVEffects/QVEffectsToning.h>
 
 #endif
