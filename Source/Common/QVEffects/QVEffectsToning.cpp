@@ -117,7 +117,6 @@ template <class Curve>
 struct GradientOver : qv::ColorsOver {
   Gradient gradient;
   Curve curve;
-  alignas(64) float light[qv::kStripPixels] = {};
 
   GradientOver(qv::BlendStrip aBlend, const Gradient& aGradient, Curve aCurve)
       : ColorsOver(aBlend), gradient(aGradient), curve(aCurve) {}
@@ -125,16 +124,20 @@ struct GradientOver : qv::ColorsOver {
   void operator()(Strip& strip, int pixels, UnitScale scale) {
     Begin(strip, pixels, scale);
     const int count = qv::WholeVectors(pixels);
+    // Copies, so that the loops know them apart from what they write.
+    const Curve bend = curve;
     const float ofLight = gradient.highlightAmount, ofDark = gradient.shadowAmount;
+    alignas(64) float light[qv::kStripPixels];
     for (int i = 0; i < count; i++) {
-      light[i] = curve(qv::Luma(base[0][i], base[1][i], base[2][i]));
+      light[i] = bend(qv::Luma(base[0][i], base[1][i], base[2][i]));
+    }
+    for (int i = 0; i < count; i++) {
       opacity[i] = light[i] * ofLight + (1.0f - light[i]) * ofDark;
     }
     for (int c = 0; c < 3; c++) {
       const float shadow = gradient.shadowColor[c], highlight = gradient.highlightColor[c];
-      for (int i = 0; i < count; i++) {
-        top[c][i] = shadow * (1.0f - light[i]) + highlight * light[i];
-      }
+      float* __restrict color = top[c];
+      for (int i = 0; i < count; i++) color[i] = shadow * (1.0f - light[i]) + highlight * light[i];
     }
     End(strip, pixels, scale);
   }
