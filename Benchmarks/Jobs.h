@@ -29,10 +29,12 @@ std::vector<Job> BlurJobs();
 std::vector<Job> ColorJobs();
 std::vector<Job> BrightnessJobs();
 std::vector<Job> CurveJobs();
+std::vector<Job> HueSaturationJobs();
 std::vector<Job> MaskJobs();
 std::vector<Job> MeasureJobs();
 std::vector<Job> MedianJobs();
 std::vector<Job> SurfaceBlurJobs();
+std::vector<Job> ToningJobs();
 
 /// The jobs of the families, then every other effect of the catalog from RGB to RGB at its good
 /// values.

@@ -4,9 +4,6 @@
 namespace catalog {
 namespace {
 
-#define CHOICE(constant, code, name) {name, kQVBlendMode##constant},
-constexpr Choice kBlendModes[] = {QV_BLEND_MODES(CHOICE)};
-
 // Another picture over this one.
 int Blend(__QVImage* src, __QVImage* dst, QVRect rect, __QVImage* with, QVBlendMode mode,
           float opacity, __QVImage* mask) {
@@ -15,8 +12,6 @@ int Blend(__QVImage* src, __QVImage* dst, QVRect rect, __QVImage* with, QVBlendM
 }
 
 }  // namespace
-
-std::span<const Choice> BlendModes() { return kBlendModes; }
 
 Family Blending() {
   return {

@@ -18,7 +18,7 @@ std::span<const Choice> BlurModes() {
                                              kQVBlendModeColor,        kQVBlendModeLuminosity,
                                              kQVBlendModeLighterColor, kQVBlendModeDarkerColor};
     std::vector<Choice> all;
-    for (const Choice& mode : BlendModes()) {
+    for (const Choice& mode : kBlendModes) {
       if (std::ranges::find(kOfWholeColor, mode.value) == std::end(kOfWholeColor)) {
         all.push_back(mode);
       }

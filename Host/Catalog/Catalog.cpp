@@ -12,8 +12,7 @@
 namespace catalog {
 namespace {
 
-constexpr Family (*kFamilies[])() = {Basics, Blending, Blur,     Brightnesses,  ColorModes,
-                                     Curves, Masks,    Measures, MedianFilters, SurfaceBlur};
+constexpr Family (*kFamilies[])() = {Basics, Blending, Blur, Brightnesses, ColorModes, Curves, HueSaturations, Masks, Measures, MedianFilters, SurfaceBlur, Tonings};
 
 // Effects by name.
 const Family& Table() {

@@ -49,8 +49,10 @@ inline Parameter ChoiceOf(std::string_view name, std::span<const Choice> choices
   return {name, Kind::Choice, "", 0, 0, neutral, good, help, choices};
 }
 
-/// All blend modes.
-std::span<const Choice> BlendModes();
+/// The blend modes by name.
+#define BLEND_MODE_CHOICE(constant, code, name) {name, kQVBlendMode##constant},
+inline constexpr Choice kBlendModes[] = {QV_BLEND_MODES(BLEND_MODE_CHOICE)};
+#undef BLEND_MODE_CHOICE
 
 /// The effects of a family, and its exported functions that have no row.
 struct Family {
@@ -64,9 +66,11 @@ Family Blending();
 Family ColorModes();
 Family Brightnesses();
 Family Curves();
+Family HueSaturations();
 Family Masks();
 Family Measures();
 Family MedianFilters();
 Family SurfaceBlur();
+Family Tonings();
 
 }  // namespace catalog

@@ -11,11 +11,13 @@
 #include <QVEffects/QVEffectsColor.h>
 #include <QVEffects/QVEffectsConvert.h>
 #include <QVEffects/QVEffectsCurves.h>
+#include <QVEffects/QVEffectsHueSaturation.h>
 #include <QVEffects/QVEffectsMask.h>
 #include <QVEffects/QVEffectsMeasure.h>
 #include <QVEffects/QVEffectsMedian.h>
 #include <QVEffects/QVEffectsMutex.h>
 #include <QVEffects/QVEffectsOutset.h>
 #include <QVEffects/QVEffectsSurfaceBlur.h>
+#include <QVEffects/QVEffectsToning.h>
 
 #endif

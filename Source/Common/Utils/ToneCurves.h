@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The three curves behind brightness and contrast: what they are made of is computed once, from
+// The curves behind brightness, contrast and balance: what they are made of is computed once, from
 // their parameter; each leaves 0 and 1 where they are.
 #pragma once
 
@@ -63,6 +63,25 @@ struct MidtoneCurve {
     const float dark = (a * x + q * x * x + 1.0f) * x;
     const float light = 1.0f - (a * y + q * y * y + 1.0f) * y;
     return x < 0.5f ? dark : light;
+  }
+};
+
+/// A parabola that hangs below the diagonal. For a <= 0.
+struct HangingCurve {
+  float k;
+
+  explicit HangingCurve(float a) : k(1.0f / (1.0f - a)) {}
+  float operator()(float x) const { return k * x + (1.0f - k) * x * x; }
+};
+
+/// For a > 0: what takes back the hanging of -a.
+struct RisingCurve {
+  float k, w;
+
+  explicit RisingCurve(float a) : k(1.0f / (a + 1.0f)), w(1.0f - k) {}
+  float operator()(float x) const {
+    const double root = std::sqrt(static_cast<double>(x * (4.0f * w) + k * k));
+    return static_cast<float>((root - static_cast<double>(k)) / static_cast<double>(2.0f * w));
   }
 };
 

@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: Apache-2.0
+// Hue, saturation, vibrance and desaturation: the frame against the functions on single colours,
+// colours against values worked out in another way.
+#include <QVEffects/QVEffects.h>
+#include <gmock/gmock.h>
+
+#include "CaughtLog.h"
+#include "NaiveColors.h"
+
+namespace {
+
+using test::Form;
+using test::kPixel;
+using test::Rgb;
+using test::TestImage;
+
+using Convert = void (*)(const float*, float*);
+
+Rgb Turned(Rgb rgb, float h, float s, float b, Convert there, Convert back) {
+  Rgb hsb, out;
+  there(rgb.data(), hsb.data());
+  HueSaturationBrightness(hsb.data(), h, s, b);
+  back(hsb.data(), out.data());
+  return out;
+}
+
+TEST(HueSaturation, IsExact) {
+  for (const auto& [h, s, b] : {Rgb{0.3f, 0.4f, -0.2f},
+                                {-1, 0, 0},
+                                {0, 0, 0.5f},
+                                {0, -0.6f, 0},
+                                {0, 5, 0},
+                                {0, 0.4f, -0.7f}}) {
+    SCOPED_TRACE(testing::Message() << h << ' ' << s << ' ' << b);
+    test::ExpectColors([&](auto src, auto dst, QVRect rect) {
+      return QVEffectsHueSaturationBrightness(src, dst, rect, h, s, b);
+    }, test::OnUnit([&](Rgb c) {
+      if (h != 0) return Turned(c, h, s, b, RGB2HSB, HSB2RGB);
+      if (s == 0) {
+        Brightness(c.data(), b);
+      } else if (b == 0) {
+        Saturation(c.data(), s);
+      } else {
+        SaturationBrightness(c.data(), s, b);
+      }
+      return c;
+    }));
+    test::ExpectColors([&](auto src, auto dst, QVRect rect) {
+      return QVEffectsHueSaturationLightness(src, dst, rect, h, s, b);
+    }, test::OnUnit([&](Rgb c) { return Turned(c, h, s, b, RGB2HSL, HSL2RGB); }));
+    test::ExpectColors([&](auto src, auto dst, QVRect rect) {
+      return QVEffectsVibrance(src, dst, rect, s - h);
+    }, test::OnUnit([&](Rgb c) {
+      Vibrance2(c.data(), s - h);
+      return c;
+    }));
+  }
+}
+
+TEST(Desaturate, IsExactInEveryMode) {
+  for (const QVBlendMode mode : test::kAllModes) {
+    for (const float amount : {0.3f, 1.5f}) {
+      SCOPED_TRACE(testing::Message() << std::hex << mode << ' ' << amount);
+      test::ExpectColors([&](auto src, auto dst, QVRect rect) {
+        return QVEffectsDesaturate(src, dst, rect, mode, amount);
+      }, [&](Rgb s, float unit, float max) {
+        const bool plain = mode == kQVBlendModeNormal && amount >= 1;
+        if (plain) {
+          const float gray = test::PlainLuma(s);
+          return Rgb{gray, gray, gray};
+        }
+        const Rgb base = {s[0] * unit, s[1] * unit, s[2] * unit};
+        const float gray = test::PlainLuma(base);
+        Rgb out = test::Blended(mode, {gray, gray, gray}, base);
+        for (int c = 0; c < 3; c++) out[c] = (out[c] * amount + base[c] * (1 - amount)) * max;
+        return out;
+      });
+    }
+  }
+}
+
+TEST(HueSaturation, ValuesByHand) {
+  const auto hsb = [](float h, float s, float b) {
+    return [=](__QVImage* i) { return QVEffectsHueSaturationBrightness(i, i, kPixel, h, s, b); };
+  };
+  const auto hsl = [](float h, float s, float l) {
+    return [=](__QVImage* i) { return QVEffectsHueSaturationLightness(i, i, kPixel, h, s, l); };
+  };
+  const auto vibrance = [](float v) {
+    return [=](__QVImage* i) { return QVEffectsVibrance(i, i, kPixel, v); };
+  };
+  const auto desaturate = [](QVBlendMode mode, float v) {
+    return [=](__QVImage* i) { return QVEffectsDesaturate(i, i, kPixel, mode, v); };
+  };
+  const struct {
+    Rgb from;
+    std::function<int(__QVImage*)> run;
+    Rgb to;
+  } kCases[] = {
+      {{0.8f, 0.4f, 0.2f}, hsb(0.5f, 0, 0), {0.2f, 0.6f, 0.8f}},
+      {{0.8f, 0.4f, 0.2f}, hsb(1, 0, 0), {0.8f, 0.4f, 0.2f}},
+      {{0.8f, 0.4f, 0.2f}, hsb(-1.0f / 3, 0, 0), {0.4f, 0.2f, 0.8f}},
+      {{0.8f, 0.4f, 0.2f}, hsb(0, -1, 0), {0.8f, 0.8f, 0.8f}},
+      {{0.8f, 0.4f, 0.2f}, hsb(0, 100, 0), {0.8f, 0.8f / 3, 0}},
+      {{0.8f, 0.4f, 0.2f}, hsb(0, -0.5f, 0), {0.8f, 0.6f, 0.5f}},
+      {{0.5f, 0.25f, 0}, hsb(0, 0, 0.5f), {2.0f / 3, 1.0f / 3, 0}},
+      {{0, 0, 0}, hsb(0.2f, 0.5f, 1), {0, 0, 0}},
+      {{0.8f, 0.4f, 0.2f}, hsl(0.5f, 0, 0), {0.2f, 0.6f, 0.8f}},
+      {{0.8f, 0.4f, 0.2f}, hsl(0, -1, 0), {0.5f, 0.5f, 0.5f}},
+      {{0.8f, 0.4f, 0.2f}, hsl(0, -1, 0.5f), {2.0f / 3, 2.0f / 3, 2.0f / 3}},
+      {{0.3f, 0.3f, 0.3f}, vibrance(0.8f), {0.3f, 0.3f, 0.3f}},
+      // Half saturated, so that distances grow by a quarter, then the old sum.
+      {{0.4f, 0.2f, 0.2f},
+       vibrance(0.5f),
+       {0.4f * 0.8f / 0.7f, 0.15f * 0.8f / 0.7f, 0.15f * 0.8f / 0.7f}},
+      {{0.8f, 0.4f, 0.2f}, desaturate(kQVBlendModeNormal, 1), {0.4968f, 0.4968f, 0.4968f}},
+      {{0.8f, 0.4f, 0.2f}, desaturate(kQVBlendModeNormal, 0.5f), {0.6484f, 0.4484f, 0.3484f}},
+      // The gray is above and the pixel below.
+      {{0.8f, 0.4f, 0.2f}, desaturate(kQVBlendModeSubtract, 1), {0.3032f, 0, 0}},
+      {{0.8f, 0.4f, 0.2f}, desaturate(kQVBlendModeNormal, -1), {0.8f, 0.4f, 0.2f}},
+  };
+  for (const auto& each : kCases) {
+    const Rgb got = test::Becomes(each.from, each.run);
+    EXPECT_THAT(got, testing::Pointwise(testing::FloatNear(1e-6f), each.to)) << &each - kCases;
+  }
+}
+
+TEST(HueSaturation, RefusesOtherImages) {
+  TestImage gray(kPixel, {8, 1, 0}), rgb(kPixel, {8, 3, 0}), deep(kPixel, {16, 3, 0});
+  const auto unknown = static_cast<QVBlendMode>(0x4E6F726D);
+  const auto before = rgb.Bytes();
+  test::CaughtLog log;
+  const auto statuses = [](__QVImage* src, __QVImage* dst) {
+    return std::array{QVEffectsVibrance(src, dst, kPixel, 0.5f),
+                      QVEffectsVibrance(src, dst, kPixel, 0),
+                      QVEffectsHueSaturationBrightness(src, dst, kPixel, 0.5f, 0, 0),
+                      QVEffectsHueSaturationBrightness(src, dst, kPixel, 0, 0, 0),
+                      QVEffectsHueSaturationLightness(src, dst, kPixel, 0.5f, 0, 0),
+                      QVEffectsHueSaturationLightness(src, dst, kPixel, 0, 0, 0),
+                      QVEffectsDesaturate(src, dst, kPixel, kQVBlendModeNormal, 1),
+                      QVEffectsDesaturate(src, dst, kPixel, kQVBlendModeNormal, 0)};
+  };
+  EXPECT_THAT(statuses(gray, rgb), testing::Each(kQVStatusUnsupported));
+  EXPECT_THAT(statuses(gray, gray), testing::Each(kQVStatusUnsupported));
+  EXPECT_THAT(statuses(deep, rgb), testing::Each(kQVStatusUnsupported));
+  EXPECT_THAT(statuses(rgb, nullptr), testing::Each(kQVStatusBadArgument));
+  EXPECT_THAT(statuses(nullptr, rgb), testing::Each(kQVStatusBadArgument));
+  EXPECT_EQ(QVEffectsDesaturate(rgb, rgb, kPixel, unknown, 1), kQVStatusBadArgument);
+  EXPECT_EQ(QVEffectsDesaturate(rgb, rgb, kPixel, unknown, 0), kQVStatusSuccess);
+  EXPECT_EQ(rgb.Bytes(), before);
+  EXPECT_TRUE(log.events.empty());
+}
+
+// A fourth colour plane is the destination's own, but the source's where gray is laid over.
+TEST(HueSaturation, FurtherPlanes) {
+  uint8_t from[8] = {200, 100, 50, 7, 20, 30, 40, 8}, to[8] = {1, 1, 1, 1, 1, 1, 1, 1};
+  __QVImage *src = nullptr, *dst = nullptr;
+  for (const auto& [samples, image] : {std::pair{&from, &src}, {&to, &dst}}) {
+    ASSERT_EQ(QVImageCreateWithBuffer({0, 0, 2, 1}, 8, 4, kQVColorSpaceRGB, 0, samples, 8, image),
+              kQVStatusSuccess);
+  }
+  EXPECT_EQ(QVEffectsHueSaturationBrightness(src, dst, {0, 0, 2, 1}, 0, -1, 0), kQVStatusSuccess);
+  EXPECT_THAT(to, testing::ElementsAre(200, 200, 200, 1, 40, 40, 40, 1));
+  EXPECT_EQ(QVEffectsDesaturate(src, dst, {0, 0, 2, 1}, kQVBlendModeNormal, 1), kQVStatusSuccess);
+  EXPECT_THAT(to, testing::ElementsAre(124, 124, 124, 7, 28, 28, 28, 8));
+  QVImageRelease(src);
+  QVImageRelease(dst);
+}
+
+}  // namespace
