@@ -8,8 +8,8 @@ namespace bench {
 
 std::vector<Job> Jobs() {
   std::vector<Job> jobs;
-  for (const auto& family :
-       {BasicJobs, BlendingJobs, BrightnessJobs, ColorJobs, CurveJobs, MaskJobs}) {
+  for (const auto& family : {BasicJobs, BlackAndWhiteJobs, BlendingJobs, BrightnessJobs, ColorJobs,
+                             CurveJobs, MaskJobs}) {
     std::ranges::move(family(), std::back_inserter(jobs));
   }
   for (const catalog::Effect& effect : catalog::Effects()) {

@@ -24,6 +24,7 @@ struct Job {
 
 /// The jobs of a family that are paired with a peer, or timed with other values than the good ones.
 std::vector<Job> BasicJobs();
+std::vector<Job> BlackAndWhiteJobs();
 std::vector<Job> BlendingJobs();
 std::vector<Job> ColorJobs();
 std::vector<Job> BrightnessJobs();

@@ -51,6 +51,7 @@ struct Family {
 };
 
 Family Basics();
+Family BlackAndWhites();
 Family Blending();
 Family ColorModes();
 Family Brightnesses();

@@ -5,6 +5,7 @@
 #define QVEFFECTS_QVEFFECTS_H
 
 #include <QVEffects/QVEffectsBasics.h>
+#include <QVEffects/QVEffectsBlackAndWhite.h>
 #include <QVEffects/QVEffectsBlend.h>
 #include <QVEffects/QVEffectsBrightness.h>
 #include <QVEffects/QVEffectsColor.h>
