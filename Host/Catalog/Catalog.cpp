@@ -10,7 +10,7 @@ namespace catalog {
 namespace {
 
 constexpr Family (*kFamilies[])() = {Basics,     BlackAndWhites, Blending, Brightnesses,
-                                     ColorModes, Curves,         Masks};
+                                     ColorModes, Curves,         Masks,    PhotoFilters};
 
 // Effects by name.
 const Family& Table() {

@@ -57,5 +57,6 @@ Family ColorModes();
 Family Brightnesses();
 Family Curves();
 Family Masks();
+Family PhotoFilters();
 
 }  // namespace catalog

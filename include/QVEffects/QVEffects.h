@@ -12,5 +12,6 @@
 #include <QVEffects/QVEffectsConvert.h>
 #include <QVEffects/QVEffectsCurves.h>
 #include <QVEffects/QVEffectsMask.h>
+#include <QVEffects/QVEffectsPhotoFilter.h>
 
 #endif
