@@ -24,6 +24,7 @@ struct Job {
 
 /// The jobs of a family that are paired with a peer, or timed with other values than the good ones.
 std::vector<Job> BasicJobs();
+std::vector<Job> BlackAndWhiteJobs();
 std::vector<Job> BlendingJobs();
 std::vector<Job> BlurJobs();
 std::vector<Job> ColorJobs();
@@ -33,6 +34,7 @@ std::vector<Job> HueSaturationJobs();
 std::vector<Job> MaskJobs();
 std::vector<Job> MeasureJobs();
 std::vector<Job> MedianJobs();
+std::vector<Job> PhotoFilterJobs();
 std::vector<Job> SurfaceBlurJobs();
 std::vector<Job> ToningJobs();
 

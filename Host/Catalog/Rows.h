@@ -61,6 +61,7 @@ struct Family {
 };
 
 Family Basics();
+Family BlackAndWhites();
 Family Blur();
 Family Blending();
 Family ColorModes();
@@ -70,6 +71,7 @@ Family HueSaturations();
 Family Masks();
 Family Measures();
 Family MedianFilters();
+Family PhotoFilters();
 Family SurfaceBlur();
 Family Tonings();
 

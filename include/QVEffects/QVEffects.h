@@ -5,6 +5,7 @@
 #define QVEFFECTS_QVEFFECTS_H
 
 #include <QVEffects/QVEffectsBasics.h>
+#include <QVEffects/QVEffectsBlackAndWhite.h>
 #include <QVEffects/QVEffectsBlend.h>
 #include <QVEffects/QVEffectsBlur.h>
 #include <QVEffects/QVEffectsBrightness.h>
@@ -17,6 +18,7 @@
 #include <QVEffects/QVEffectsMedian.h>
 #include <QVEffects/QVEffectsMutex.h>
 #include <QVEffects/QVEffectsOutset.h>
+#include <QVEffects/QVEffectsPhotoFilter.h>
 #include <QVEffects/QVEffectsSurfaceBlur.h>
 #include <QVEffects/QVEffectsToning.h>
 

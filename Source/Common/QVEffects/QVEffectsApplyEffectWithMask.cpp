@@ -22,30 +22,8 @@ float Mixed(float base, float effect, float share) {
   return effect * share + base * (1.0f - share);
 }
 
-constexpr int kZones = 6;
-
-// How much of red, yellow, green, cyan, blue and magenta a colour holds.
-struct Zones {
-  float weights[kZones];
-
-  explicit Zones(Color3 rgb) {
-    const float gray = std::min(std::min(rgb.x, rgb.y), rgb.z);
-    const float r = rgb.x - gray, g = rgb.y - gray, b = rgb.z - gray;
-    const float yellow = std::min(g, r), cyan = std::min(b, g), magenta = std::min(r, b);
-    weights[0] = r - std::max(yellow, magenta);
-    weights[1] = yellow;
-    weights[2] = g - std::max(cyan, yellow);
-    weights[3] = cyan;
-    weights[4] = b - std::max(magenta, cyan);
-    weights[5] = magenta;
-  }
-
-  float Weighted(const float* by) const {
-    float sum = by[0] * weights[0];
-    for (int i = 1; i < kZones; i++) sum = sum + by[i] * weights[i];
-    return sum;
-  }
-};
+using qv::kZones;
+using qv::Zones;
 
 // What is asked of each zone.
 struct ZoneWeights {

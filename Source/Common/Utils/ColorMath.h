@@ -339,4 +339,32 @@ inline Color3 YccToRgb(Color3 ycc) {
           HeldToUnit(cb * 1.772f + ycc.x)};
 }
 
+// ---- Zones of colour
+
+inline constexpr int kZones = 6;
+
+/// How much of red, yellow, green, cyan, blue and magenta a colour holds beside gray: at most two
+/// of them are above 0.
+struct Zones {
+  float weights[kZones];
+  float gray;
+
+  explicit Zones(Color3 rgb) : gray(std::min(std::min(rgb.x, rgb.y), rgb.z)) {
+    const float r = rgb.x - gray, g = rgb.y - gray, b = rgb.z - gray;
+    const float yellow = std::min(g, r), cyan = std::min(b, g), magenta = std::min(r, b);
+    weights[0] = r - std::max(yellow, magenta);
+    weights[1] = yellow;
+    weights[2] = g - std::max(cyan, yellow);
+    weights[3] = cyan;
+    weights[4] = b - std::max(magenta, cyan);
+    weights[5] = magenta;
+  }
+
+  float Weighted(const float* by) const {
+    float sum = by[0] * weights[0];
+    for (int i = 1; i < kZones; i++) sum = sum + by[i] * weights[i];
+    return sum;
+  }
+};
+
 }  // namespace qv

@@ -1,0 +1,382 @@
+// SPDX-License-Identifier: Apache-2.0
+// Black and white against its definitions, sample by sample.
+#include <QVEffects/QVEffectsBlackAndWhite.h>
+#include <QVEffects/QVEffectsColor.h>
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <functional>
+#include <limits>
+
+#include "CaughtLog.h"
+#include "Naive.h"
+#include "TestImage.h"
+
+namespace {
+
+using test::Form;
+using test::FullScale;
+using test::Pixel;
+using test::Residency;
+using test::TestImage;
+
+constexpr QVRect kBounds = {-3, 5, 37, 23};
+constexpr QVRect kRect = {2, 1, 60, 18};
+
+// What becomes of a pixel's colour samples, on their own scale.
+using Formula = std::function<void(float* samples, int colors, int x, int y)>;
+
+// Compares dst after a call over kRect with the formula, in place too.
+void ExpectMapped(Form form, const std::function<int(__QVImage*, __QVImage*)>& run,
+                  const Formula& formula) {
+  SCOPED_TRACE(testing::Message() << form);
+  const auto [depth, planes, transparency] = form;
+  const int colors = planes - transparency;
+  for (const bool inPlace : {false, true}) {
+    TestImage src(kBounds, form, Residency::kMemory, 1), other(kBounds, form);
+    TestImage& dst = inPlace ? src : other;
+    std::vector<std::byte> expected = dst.Bytes();
+    for (int y = kBounds.y; y < kBounds.y + kBounds.height; y++) {
+      for (int x = kBounds.x; x < kBounds.x + kBounds.width; x++) {
+        if (!test::Contains(kRect, x, y)) continue;
+        Pixel pixel = test::NearestPixel(src, x, y);
+        float samples[6] = {};
+        for (int c = 0; c < colors; c++) samples[c] = test::GetSample(pixel, c, depth);
+        formula(samples, colors, x, y);
+        for (int c = 0; c < colors; c++) test::SetSample(pixel, c, depth, samples[c]);
+        test::PutPixel(expected, dst, x, y, pixel);
+      }
+    }
+    ASSERT_EQ(run(src, dst), kQVStatusSuccess);
+    EXPECT_TRUE(dst.Bytes() == expected) << (inPlace ? "in place" : "");
+  }
+}
+
+std::vector<Form> Forms(int leastColors) {
+  std::vector<Form> forms = {{8, 5, 1}, {16, 5, 0}, {32, 6, 1}};
+  for (const Form& form : test::kForms) {
+    if (form.planes - form.transparency >= leastColors) forms.push_back(form);
+  }
+  return forms;
+}
+
+TEST(BlackAndWhite, LumaAndMean) {
+  for (const Form form : Forms(1)) {
+    const float max = FullScale(form.depth);
+    ExpectMapped(form, [](auto src, auto dst) {
+      return QVEffectsBlackWhite(src, dst, kRect, kQVBlackWhiteLuma);
+    }, [max](float* s, int colors, int, int) {
+      const float g = colors > 1 ? s[1] / max : 0, b = colors > 2 ? s[2] / max : 0;
+      std::fill_n(s, colors, (0.299f * (s[0] / max) + 0.587f * g + 0.114f * b) * max);
+    });
+    ExpectMapped(form, [](auto src, auto dst) {
+      return QVEffectsBlackWhite(src, dst, kRect, kQVBlackWhiteMean);
+    }, [](float* s, int colors, int, int) {
+      float sum = 0;
+      for (int c = 0; c < colors; c++) sum += s[c];
+      std::fill_n(s, colors, sum / static_cast<float>(colors));
+    });
+  }
+  // All 16-bit samples are divided by full scale as by a division.
+  TestImage all({0, 0, 256, 256}, {16, 1, 0});
+  for (int i = 0; i < 65536; i++) all.At<uint16_t>(i % 256, i / 256, 0) = static_cast<uint16_t>(i);
+  ASSERT_EQ(QVEffectsBlackWhite(all, all, all.Bounds(), kQVBlackWhiteLuma), kQVStatusSuccess);
+  for (int i = 0; i < 65536; i++) {
+    const float luma = 0.299f * (static_cast<float>(i) / 65535.0f) * 65535.0f;
+    ASSERT_EQ(all.At<uint16_t>(i % 256, i / 256, 0), static_cast<int>(luma + 0.5f)) << i;
+  }
+}
+
+// Another mode leaves an opaque image alone, and copies a transparent one.
+TEST(BlackAndWhite, OtherModes) {
+  for (const Form form : {Form{8, 3, 0}, {16, 4, 1}}) {
+    TestImage src(kBounds, form, Residency::kMemory, 1), dst(kBounds, form, Residency::kMemory, 2);
+    const TestImage before(kBounds, form, Residency::kMemory, form.transparency ? 1 : 2);
+    ASSERT_EQ(QVEffectsBlackWhite(src, dst, kBounds, 2), kQVStatusSuccess);
+    for (int y = 5; y < 28; y++) {
+      for (int x = -3; x < 34; x++) {
+        for (int c = 0; c < form.planes; c++) ASSERT_EQ(dst.Value(x, y, c), before.Value(x, y, c));
+      }
+    }
+  }
+}
+
+float Clamp(float value, float max, bool toZero) {
+  if (value > max) return max;
+  if (toZero && value < 0) return 0;
+  return !toZero && value < -max ? -max : value;
+}
+
+TEST(BlackAndWhite, MixesChannels) {
+  constexpr float k[9] = {0.5f, -1.5f, 2.5f, 0.1f, 0.2f, 0.6f, -3.0f, 1.0f, 1.75f};
+  for (const Form form : Forms(3)) {
+    const float max = FullScale(form.depth);
+    ExpectMapped(form, [&](auto src, auto dst) {
+      return QVEffectsChannelMixer(src, dst, kRect, k[0], k[1], k[2], k[3], k[4], k[5], k[6], k[7],
+                                   k[8]);
+    }, [&](float* s, int, int, int) {
+      float mixed[3];
+      for (int c = 0; c < 3; c++) {
+        float sum = 0;
+        for (int i = 0; i < 3; i++) sum += Clamp(s[i] * k[c * 3 + i], max, false);
+        mixed[c] = Clamp(sum, max, true);
+      }
+      std::copy_n(mixed, 3, s);
+    });
+  }
+}
+
+TEST(BlackAndWhite, FiltersColors) {
+  for (const Form form : Forms(1)) {
+    const auto filtered = [](float r, float g, float b) {
+      const float weights[] = {r / (r + g + b), g / (r + g + b), b / (r + g + b)};
+      return [weights = std::vector(weights, weights + 3)](float* s, int colors, int, int) {
+        const int count = std::min(colors, 3);
+        float sum = s[0] * weights[0];
+        for (int c = 1; c < count; c++) sum += s[c] * weights[c];
+        std::fill_n(s, count, sum);
+      };
+    };
+    ExpectMapped(form, [](auto src, auto dst) {
+      return QVEffectsColorFilter(src, dst, kRect, 0.9f, 0.3f, -0.1f);
+    }, filtered(0.9f, 0.3f, -0.1f));
+    const float hsb[] = {0.4f, 1, 1};
+    float rgb[3];
+    HSB2RGB(hsb, rgb);
+    ExpectMapped(form, [](auto src, auto dst) {
+      return QVEffectsBlackAndWhiteWithColorFilter(src, dst, kRect, 0.4f);
+    }, filtered(rgb[0], rgb[1], rgb[2]));
+  }
+}
+
+struct Film {
+  float hue, contrast, grainAmount, toneAmount;
+  float tone[3];
+};
+
+float Contrast(float x, float contrast) {
+  const float q = contrast >= 0 ? contrast + 1 : 1 / (1 - contrast);
+  const float a = 2 * (1 - q), b = 4 * (q - 1);
+  if (x < 0.5f) return (a * x + b * x * x + 1) * x;
+  const float u = 1 - x;
+  return 1 - (a * u + b * u * u + 1) * u;
+}
+
+void Tone(float y, const float* color, float amount, float* out) {
+  const float lo = std::min({color[0], color[1], color[2]});
+  const float hi = std::max({color[0], color[1], color[2]});
+  float t[3] = {1, 1, 1}, luma = 1, span = 1, inverse = 0;
+  if (lo < hi) {
+    for (int c = 0; c < 3; c++) t[c] = color[c] - lo;
+    luma = 0.299f * t[0] + 0.587f * t[1] + 0.114f * t[2];
+    span = hi - lo;
+    inverse = 1 / (span - luma);
+  }
+  float k = y * (1 / luma), off = 0;
+  if (!(y <= luma)) {
+    off = y - luma;
+    k = 1;
+    if (off > 1 - span) {
+      k = (1 - y) * inverse;
+      off = 1 - span * k;
+    }
+  }
+  for (int c = 0; c < 3; c++) out[c] = t[c] * k * amount + y * (1 - amount) + off * amount;
+}
+
+// All combinations of contrast, grain and tone; grain of each depth, also smaller than a tile.
+TEST(BlackAndWhite, Film) {
+  constexpr Film kFilms[] = {
+      {0, 0, 0, 0, {}},
+      {0.4f, 0.6f, 0, 0, {}},
+      {0.7f, 0, 0.5f, 0, {}},
+      {0.1f, -0.7f, 0.8f, 0, {}},
+      {0.3f, 0, 0, 0.6f, {0.9f, 0.5f, 0.2f}},
+      {0.8f, -0.4f, 0, 1, {0.1f, 0.3f, 0.95f}},
+      {0.5f, 0, 0.4f, 0.5f, {0.5f, 0.5f, 0.5f}},
+      {0.1f, 0.9f, 0.3f, 0.7f, {0.0f, 1.0f, 1.0f}},
+  };
+  for (const Form form : Forms(3)) {
+    if (form.ColorSpace() != kQVColorSpaceRGB) continue;
+    for (const Film& film : kFilms) {
+      for (const int depth : {8, 16, 32}) {
+        const QVRect bounds = depth == 16 ? QVRect{4, -7, 20, 26} : QVRect{0, 0, 256, 256};
+        TestImage grain(bounds, {depth, 1, 0},
+                        depth == 32 ? Residency::kCallbacks : Residency::kMemory, 7);
+        const float max = FullScale(form.depth);
+        const float hsb[] = {film.hue, 1, 1};
+        float w[3];
+        HSB2RGB(hsb, w);
+        const float sum = w[0] + w[1] + w[2];
+        for (float& weight : w) weight = weight / sum / max;
+        ExpectMapped(form, [&](auto src, auto dst) {
+          return QVEffectsBlackAndWhite(src, dst, kRect, grain,
+                                        film.toneAmount > 0 ? film.tone : nullptr, film.hue,
+                                        film.contrast, film.grainAmount, film.toneAmount);
+        }, [&](float* s, int, int x, int y) {
+          float gray = w[0] * s[0] + w[1] * s[1] + w[2] * s[2];
+          if (film.contrast != 0) gray = Contrast(gray, film.contrast);
+          if (film.grainAmount > 0) {
+            const float n = test::GetSample(test::NearestPixel(grain, x & 255, y & 255), 0, depth) *
+                            test::UnitScale(depth);
+            const float f = gray < 0.5f ? 2 * n * gray : 2 * (gray + n - n * gray) - 1;
+            gray = f * film.grainAmount + gray * (1 - film.grainAmount);
+          }
+          float out[3] = {gray, gray, gray};
+          if (film.toneAmount > 0) Tone(gray, film.tone, film.toneAmount, out);
+          for (int c = 0; c < 3; c++) s[c] = out[c] * max;
+        });
+      }
+    }
+  }
+}
+
+// The tile repeats and stays where it is, whatever the rectangle; rows are longer than a tile.
+TEST(BlackAndWhite, GrainStaysWithTheImage) {
+  constexpr QVRect kWide = {-300, -270, 700, 540};
+  TestImage grain({0, 0, 256, 256}, {8, 1, 0}, Residency::kMemory, 7);
+  TestImage flat(kWide, {16, 3, 0}), whole(kWide, {16, 3, 0}), parts(kWide, {16, 3, 0});
+  std::ranges::fill(flat.Bytes(), std::byte{0x60});
+  const auto run = [&](TestImage& dst, QVRect rect) {
+    EXPECT_EQ(QVEffectsBlackAndWhite(flat, dst, rect, grain, nullptr, 0, 0, 1, 0), 0);
+  };
+  run(whole, kWide);
+  run(parts, {-300, -270, 331, 540});
+  run(parts, {31, -270, 369, 33});
+  run(parts, {31, -237, 369, 999});
+  EXPECT_TRUE(whole.Bytes() == parts.Bytes());
+  EXPECT_NE(whole.Value(-300, -270, 0), whole.Value(-299, -270, 0));
+  for (int y = -270; y < 270 - 256; y++) {
+    for (int x = -300; x < 400 - 256; x++) {
+      ASSERT_EQ(whole.Value(x, y, 0), whole.Value(x + 256, y + 256, 0)) << x << ' ' << y;
+    }
+  }
+}
+
+void Split(const float* c, double* parts) {
+  const float m = std::min({c[0], c[1], c[2]}), r = c[0] - m, g = c[1] - m, b = c[2] - m;
+  const float yellow = std::min(r, g), cyan = std::min(g, b), magenta = std::min(b, r);
+  const float all[] = {r - std::max(yellow, magenta),
+                       yellow,
+                       g - std::max(cyan, yellow),
+                       cyan,
+                       b - std::max(magenta, cyan),
+                       magenta,
+                       m};
+  std::copy_n(all, 7, parts);
+}
+
+TEST(BlackAndWhite, ColorResponse) {
+  constexpr float kResponse[] = {0.5f, -0.3f, 0.9f, -1.0f, 0.2f, 0.7f}, kNone[6] = {};
+  constexpr float kFilter[] = {0.8f, 0.5f, 0.3f};
+  for (const Form form : Forms(3)) {
+    if (form.ColorSpace() != kQVColorSpaceRGB) continue;
+    const float max = FullScale(form.depth);
+    const float half = form.depth == 8 ? 128 : (form.depth == 16 ? 32768 : 0.5f);
+    for (const float* response : {kResponse, kNone}) {
+      for (const float* filter : {kFilter, static_cast<const float*>(nullptr)}) {
+        ExpectMapped(form, [&](auto src, auto dst) {
+          return QVEffectsBlackAndWhiteColorResponse(src, dst, kRect, filter, response);
+        }, [&](float* s, int, int, int) {
+          for (int c = 0; filter && c < 3; c++) {
+            const float v = s[c], f = filter[c];
+            s[c] = v < half ? 2 * v * f : 2 * (f * max + v - v * f) - max;
+          }
+          double parts[7];
+          Split(s, parts);
+          float sum = 0.299f * s[0] + 0.587f * s[1] + 0.114f * s[2];
+          for (int k = 0; k < 6; k++) sum = sum + static_cast<float>(parts[k]) * response[k];
+          std::fill_n(s, 3, Clamp(sum, max, true));
+        });
+      }
+    }
+  }
+}
+
+// Against two passes in double precision. Grays keep their mean under the mixture.
+TEST(BlackAndWhite, AutoMixture) {
+  constexpr double kLuma[] = {0.299, 0.886, 0.587, 0.701, 0.114, 0.413};
+  for (const Form form : {Form{8, 3, 0}, {16, 4, 1}, {32, 3, 0}, {32, 4, 1}}) {
+    SCOPED_TRACE(testing::Message() << form);
+    constexpr QVRect kLong = {-3, 5, 301, 23};
+    TestImage image(kLong, form, Residency::kCallbacks, 3);
+    double mean[8] = {}, square[7] = {};
+    for (int i = 0; i < kLong.width * kLong.height; i++) {
+      float rgb[3];
+      for (int c = 0; c < 3; c++) {
+        rgb[c] = static_cast<float>(image.Value(-3 + i % 301, 5 + i / 301, c));
+      }
+      double parts[7];
+      Split(rgb, parts);
+      for (int k = 0; k < 7; k++) mean[k] += parts[k] / (301 * 23);
+      for (int k = 0; k < 7; k++) square[k] += parts[k] * parts[k] / (301 * 23);
+      mean[7] += (0.299 * rgb[0] + 0.587 * rgb[1] + 0.114 * rgb[2]) / (301 * 23);
+    }
+    double weights[6], weighted = 0;
+    for (int k = 0; k < 6; k++) {
+      weights[k] = kLuma[k] * std::sqrt(square[k] - mean[k] * mean[k]);
+      weighted += mean[k] * weights[k];
+    }
+    float response[6];
+    ASSERT_EQ(QVEffectsBlackAndWhiteColorResponseGetAutoMixture(image, response), 0);
+    for (int k = 0; k < 6; k++) {
+      EXPECT_NEAR(response[k], weights[k] * (mean[7] - mean[6]) / weighted - kLuma[k], 1e-5) << k;
+    }
+  }
+}
+
+// One colour has no spread: its weights are only scaled, here by 1. Gray, and nothing, have none.
+TEST(BlackAndWhite, AutoMixtureOfOneColor) {
+  for (const auto& [r, g, b] : {std::array{0.7f, 0.3f, 0.1f}, {0.37f, 0.81f, 0.93f}}) {
+    TestImage image({0, 0, 301, 23}, {32, 3, 0});
+    for (int i = 0; i < 301 * 23; i++) {
+      image.At<float>(i % 301, i / 301, 0) = r;
+      image.At<float>(i % 301, i / 301, 1) = g;
+      image.At<float>(i % 301, i / 301, 2) = b;
+    }
+    float response[6];
+    ASSERT_EQ(QVEffectsBlackAndWhiteColorResponseGetAutoMixture(image, response), 0);
+    for (const float weight : response) EXPECT_NEAR(weight, 0, 1e-5);
+  }
+  TestImage gray({0, 0, 9, 9}, {8, 3, 0}), nothing({0, 0, 0, 9}, {8, 3, 0});
+  std::ranges::fill(gray.Bytes(), std::byte{77});
+  for (__QVImage* image : {static_cast<__QVImage*>(gray), static_cast<__QVImage*>(nothing)}) {
+    float response[6];
+    ASSERT_EQ(QVEffectsBlackAndWhiteColorResponseGetAutoMixture(image, response), 0);
+    EXPECT_THAT(response, testing::ElementsAre(-0.299f, -0.88600004f, -0.587f, -0.701f,
+                                               -0.11399996f, -0.41299996f));
+  }
+}
+
+TEST(BlackAndWhite, Refuses) {
+  TestImage rgb(kBounds, {8, 3, 0}), gray(kBounds, {8, 1, 0}), deep(kBounds, {16, 3, 0});
+  TestImage two({0, 0, 256, 256}, {8, 2, 1});
+  const float three[3] = {}, six[6] = {};
+  float mixture[6];
+  const auto film = [](__QVImage* src, __QVImage* dst, __QVImage* grain, float amount) {
+    return QVEffectsBlackAndWhite(src, dst, kBounds, grain, nullptr, 0, 0, amount, 0);
+  };
+  EXPECT_EQ(film(gray, gray, nullptr, 0), kQVStatusUnsupported);
+  EXPECT_EQ(film(rgb, deep, nullptr, 0), kQVStatusUnsupported);
+  EXPECT_EQ(film(rgb, rgb, two, 0.5f), kQVStatusUnsupported);
+  EXPECT_EQ(film(rgb, rgb, two, 0), kQVStatusSuccess) << "grain that isn't looked at";
+  EXPECT_EQ(QVEffectsBlackWhite(rgb, deep, kBounds, 0), kQVStatusUnsupported);
+  EXPECT_EQ(QVEffectsBlackAndWhiteColorResponse(gray, gray, kBounds, three, six),
+            kQVStatusUnsupported);
+  EXPECT_EQ(QVEffectsBlackAndWhiteColorResponse(rgb, rgb, kBounds, three, nullptr),
+            kQVStatusBadArgument);
+  EXPECT_EQ(QVEffectsBlackAndWhiteColorResponseGetAutoMixture(gray, mixture),
+            kQVStatusUnsupportedOlder);
+  EXPECT_EQ(QVEffectsBlackAndWhiteColorResponseGetAutoMixture(nullptr, mixture),
+            kQVStatusBadArgument);
+  const test::CaughtLog log;
+  TestImage empty({0, 0, 0, 4}, {8, 1, 0});
+  EXPECT_EQ(film(rgb, rgb, empty, 1), kQVStatusBadArgument);
+  EXPECT_EQ(log.events.size(), 1u);
+
+  // A filter of no colour gives black, not something undefined.
+  EXPECT_EQ(QVEffectsColorFilter(rgb, rgb, kBounds, 0, 0, 0), kQVStatusSuccess);
+  EXPECT_EQ(rgb.Value(0, 10, 1), 0);
+}
+
+}  // namespace
