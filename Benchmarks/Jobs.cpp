@@ -9,7 +9,7 @@ namespace bench {
 std::vector<Job> Jobs() {
   std::vector<Job> jobs;
   for (const auto& family :
-       {BasicJobs, BlendingJobs, BrightnessJobs, ColorJobs, CurveJobs, MaskJobs}) {
+       {BasicJobs, BlendingJobs, BrightnessJobs, ColorJobs, CurveJobs, MaskJobs, VignetteJobs}) {
     std::ranges::move(family(), std::back_inserter(jobs));
   }
   for (const catalog::Effect& effect : catalog::Effects()) {

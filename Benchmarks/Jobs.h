@@ -29,6 +29,7 @@ std::vector<Job> ColorJobs();
 std::vector<Job> BrightnessJobs();
 std::vector<Job> CurveJobs();
 std::vector<Job> MaskJobs();
+std::vector<Job> VignetteJobs();
 
 /// The jobs of the families, then every other effect of the catalog from RGB to RGB at its good
 /// values.

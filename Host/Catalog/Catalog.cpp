@@ -9,7 +9,8 @@
 namespace catalog {
 namespace {
 
-constexpr Family (*kFamilies[])() = {Basics, Blending, Brightnesses, ColorModes, Curves, Masks};
+constexpr Family (*kFamilies[])() = {Basics, Blending, Brightnesses, ColorModes,
+                                     Curves, Masks,    Vignettes};
 
 // Effects by name.
 const Family& Table() {

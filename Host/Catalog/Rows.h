@@ -56,5 +56,6 @@ Family ColorModes();
 Family Brightnesses();
 Family Curves();
 Family Masks();
+Family Vignettes();
 
 }  // namespace catalog

@@ -11,5 +11,6 @@
 #include <QVEffects/QVEffectsConvert.h>
 #include <QVEffects/QVEffectsCurves.h>
 #include <QVEffects/QVEffectsMask.h>
+#include <QVEffects/QVEffectsVignette.h>
 
 #endif
