@@ -29,7 +29,7 @@ float Quotient(float n, float d, float limit) { return d != 0.0f ? n / d : limit
 template <std::floating_point T>
 int Whole(T value) {
   constexpr T kFar = 1 << 28;
-  if (!(value == value)) return 0;
+  if (std::isnan(value)) return 0;
   return static_cast<int>(std::clamp(value, -kFar, kFar));
 }
 
@@ -57,7 +57,8 @@ struct Transition {
   float operator()(float v) const {
     v = v > low ? v : low;  // NaN too
     v = v < high ? v : high;
-    const float t = static_cast<float>(static_cast<int>((v - low) * steps + 0.5f)) / 199.0f;
+    const float step = (v - low) * steps + 0.5f;
+    const float t = static_cast<float>(static_cast<int>(step)) / 199.0f;
     return t * t * (3.0f - t * 2.0f);
   }
 };
@@ -162,10 +163,12 @@ LayerShape::LayerShape(QVRect bounds, float centerX, float centerY, float size, 
   across.scale = 1.0f;
   mColumns.center = Whole(static_cast<float>(mWidth) * centerX);
   mRows.center = Whole(static_cast<float>(mHeight) * centerY);
-  for (Axis* axis : {&mColumns, &mRows}) {
-    axis->full = axis->end + reached;
-    axis->clear = axis->end - reached;
-  }
+  const auto bound = [reached](Axis& axis) {
+    axis.full = axis.end + reached;
+    axis.clear = axis.end - reached;
+  };
+  bound(mColumns);
+  bound(mRows);
 }
 
 void LayerShape::Ellipse(int x, int y, int pixels, Strengths& strengths) const {
