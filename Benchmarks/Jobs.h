@@ -37,6 +37,7 @@ std::vector<Job> MedianJobs();
 std::vector<Job> PhotoFilterJobs();
 std::vector<Job> SurfaceBlurJobs();
 std::vector<Job> ToningJobs();
+std::vector<Job> VignetteJobs();
 
 /// The jobs of the families, then every other effect of the catalog from RGB to RGB at its good
 /// values.

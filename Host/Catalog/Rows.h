@@ -74,5 +74,6 @@ Family MedianFilters();
 Family PhotoFilters();
 Family SurfaceBlur();
 Family Tonings();
+Family Vignettes();
 
 }  // namespace catalog

@@ -21,5 +21,6 @@
 #include <QVEffects/QVEffectsPhotoFilter.h>
 #include <QVEffects/QVEffectsSurfaceBlur.h>
 #include <QVEffects/QVEffectsToning.h>
+#include <QVEffects/QVEffectsVignette.h>
 
 #endif
