@@ -8,7 +8,10 @@ namespace bench {
 
 std::vector<Job> Jobs() {
   std::vector<Job> jobs;
-  for (const auto& family : {BasicJobs, BlackAndWhiteJobs, BlendingJobs, BlurJobs, BrightnessJobs, ColorJobs, CurveJobs, HueSaturationJobs, MaskJobs, MeasureJobs, MedianJobs, PhotoFilterJobs, SurfaceBlurJobs, ToningJobs, VignetteJobs}) {
+  for (const auto& family :
+       {BasicJobs, BlackAndWhiteJobs, BlendingJobs, BlurJobs, BrightnessJobs, ColorJobs, CurveJobs,
+        HueSaturationJobs, MaskJobs, MeasureJobs, MedianJobs, PhotoFilterJobs, SurfaceBlurJobs,
+        ToningJobs, VignetteJobs}) {
     std::ranges::move(family(), std::back_inserter(jobs));
   }
   for (const catalog::Effect& effect : catalog::Effects()) {

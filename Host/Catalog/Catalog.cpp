@@ -12,7 +12,10 @@
 namespace catalog {
 namespace {
 
-constexpr Family (*kFamilies[])() = {Basics, BlackAndWhites, Blending, Blur, Brightnesses, ColorModes, Curves, HueSaturations, Masks, Measures, MedianFilters, PhotoFilters, SurfaceBlur, Tonings, Vignettes};
+constexpr Family (*kFamilies[])() = {Basics,       BlackAndWhites, Blending,      Blur,
+                                     Brightnesses, ColorModes,     Curves,        HueSaturations,
+                                     Masks,        Measures,       MedianFilters, PhotoFilters,
+                                     SurfaceBlur,  Tonings,        Vignettes};
 
 // Effects by name.
 const Family& Table() {

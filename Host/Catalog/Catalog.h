@@ -70,6 +70,8 @@ enum Reach : unsigned {
   kReachFades = 0,
   kReachIsHard = 1,  // the farthest samples count like the others: with one less results differ
   kReachRounds = 2,  // sums run from the rectangle's edge: of a part, floats are rounded otherwise
+  kReachFitsBounds =
+      4,  // the query answers 0, but what is drawn fits the image: a tile has another
 };
 
 /// How far an effect reads around each pixel; kWholeImage when a part can't be worked on alone.

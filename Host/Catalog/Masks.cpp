@@ -6,9 +6,6 @@
 namespace catalog {
 namespace {
 
-// Of effects that the outset query doesn't know.
-int NoReach(std::span<const Value>) { return 0; }
-
 constexpr int kAllZones = 6;
 constexpr Choice kZones[] = {{"red", 0},  {"yellow", 1},  {"green", 2},      {"cyan", 3},
                              {"blue", 4}, {"magenta", 5}, {"all", kAllZones}};

@@ -12,9 +12,6 @@ constexpr Choice kTypes[] = {
     {"round-two-colors", kQVPhotoFilterRoundBoth},
 };
 
-#define CHOICE(constant, code, name) {name, kQVBlendMode##constant},
-constexpr Choice kBlendModes[] = {QV_BLEND_MODES(CHOICE)};
-
 int PhotoFilter(__QVImage* src, __QVImage* dst, QVRect rect, int type, QVBlendMode mode,
                 float saturation, float contrast, float centerX, float centerY, float angleOrRadius,
                 float width, const float* colorA, float amountA, const float* colorB,
@@ -32,7 +29,7 @@ Family PhotoFilters() {
        Bind(PhotoFilter),
        "Imitates a coloured glass before the lens, solid or graduated.",
        InPlace::Yes,
-       Pixelwise,
+       kPixelwise,
        {ChoiceOf("type", kTypes, kQVPhotoFilterSolid, kQVPhotoFilterSolid, "the filter's shape"),
         ChoiceOf("mode", kBlendModes, kQVBlendModeNormal, kQVBlendModeMultiply,
                  "how it is laid over the picture"),

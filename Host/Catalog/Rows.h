@@ -17,6 +17,9 @@ inline constexpr Color kBlack = {0, 0, 0, 1};
 /// Outset of an effect that looks at one pixel at a time.
 inline constexpr Outset kPixelwise("");
 
+/// The same of an effect that the query doesn't know.
+inline int NoReach(std::span<const Value>) { return 0; }
+
 /// Outset of an effect that the query doesn't know: its first parameter, in whole pixels.
 inline int Radius(std::span<const Value> values) {
   return static_cast<int>(std::get<double>(values[0]));

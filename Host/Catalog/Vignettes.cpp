@@ -4,9 +4,6 @@
 namespace catalog {
 namespace {
 
-#define CHOICE(constant, code, name) {name, kQVBlendMode##constant},
-constexpr Choice kBlendModes[] = {QV_BLEND_MODES(CHOICE)};
-
 // A vignette fits the image's bounds: a tile has another.
 int FitsImage(std::span<const Value>) { return kWholeImage; }
 
@@ -27,16 +24,22 @@ std::vector<Parameter> Parameters(Parameter third, double size, Parameter shape,
 
 Family Vignettes() {
   return {{
-      {"vignette", FUNCTION(QVEffectsVignette),
-       "Makes a vignette as a layer: its transparency is the vignette's strength.", InPlace::Yes,
-       FitsImage,
+      {"vignette",
+       FUNCTION(QVEffectsVignette),
+       "Makes a vignette as a layer: its transparency is the vignette's strength.",
+       InPlace::Yes,
+       {FitsImage, kReachFitsBounds},
        Parameters(NumberOf("level", "", 0, 1, 0.5, 0.1,
                            "the layer's gray, the stronger the further from 0.5"),
                   0.5, NumberOf("shape", "", 0, 1, 0.5, 0.5, "box (0), ellipse (0.5), circle (1)"),
                   kQVBlendModeMultiply),
-       kNeedsNothing, Transparency::Set},
-      {"vignette-in", FUNCTION(QVEffectsVignetteIn), "Darkens or lightens towards the edges.",
-       InPlace::Yes, FitsImage,
+       kNeedsNothing,
+       Transparency::Set},
+      {"vignette-in",
+       FUNCTION(QVEffectsVignetteIn),
+       "Darkens or lightens towards the edges.",
+       InPlace::Yes,
+       {FitsImage, kReachFitsBounds},
        Parameters(NumberOf("amount", "", -1, 1, 0, -0.7, "darker below 0, lighter above"), 0.4,
                   NumberOf("shape", "", -1, 1, 0, 0, "box (-1), ellipse (0), circle (1)"),
                   kQVBlendModeNormal)},

@@ -13,7 +13,7 @@
  *  All modes of #QV_BLEND_MODES are taken in their forward form, with the colour of the vignette as
  *  the upper layer; those of the whole colour (hue, saturation, color, luminosity, lighter-color,
  *  darker-color) are for RGB. Other parameters aren't checked: out of their range the formulas hold
- *  as they are, and where a shape isn't a number there is no strength. */
+ *  as they are, and NaN gives some strength from 0 to 1. */
 #ifndef QVEFFECTS_QVEFFECTSVIGNETTE_H
 #define QVEFFECTS_QVEFFECTSVIGNETTE_H
 
@@ -31,8 +31,8 @@ extern "C" {
  *
  *  The vignette fits the bounds of `dst` and is clear in the middle. An ellipse, a circle or a box
  *  with round corners, by `shape`, lies halfway through a transition of 200 steps that is at least
- *  10 pixels wide. An image with a side below 2 pixels lies all in the middle of the transition, at
- * about half the strength, unless `shape` is 1.
+ *  10 pixels wide. An image with a side below 2 pixels has about half the strength near
+ *  the origin.
  *  @param src,dst         source and destination; in mode normal `src` isn't read.
  *  @param rect            what to work on.
  *  @param centerX,centerY the centre, 0 to 1 of the width and the height. A box is always in the
@@ -57,8 +57,8 @@ QVEFFECTS_API int QVEffectsVignette(__QVImage* src, __QVImage* dst, QVRect rect,
  *
  *  The vignette fits the bounds of `src`. Its strength grows from the middle outwards along the
  *  smootherstep polynomial and is at half where the distance from the centre is that of an ellipse,
- *  a circle or a box with round corners, by `shape`. No radius is 0: the least is a millionth of a
- *  pixel.
+ *  a circle or a box with round corners, by `shape`. A radius of 0 counts as a millionth of a
+ * pixel.
  *  @param src,dst         source and destination.
  *  @param rect            what to work on.
  *  @param centerX,centerY the centre, 0 to 1 of the width and the height.

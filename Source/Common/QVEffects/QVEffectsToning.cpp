@@ -186,7 +186,8 @@ int QVEffectsColorize(__QVImage* src, __QVImage* dst, QVRect rect, float hue, fl
     return qv::DispatchDepth(bytes * 8, [&]<class T>() -> int {
       if (!qv::CanWalkColors(src, dst)) return kQVStatusUnsupported;
       const float kept = 1.0f - std::abs(lightness), lift = lightness > 0.0f ? lightness : 0.0f;
-      Walk<T>(src, dst, MakeVRect(rect), qv::ChangeColors([=](Color3 rgb) {
+      qv::WalkColors<T>(kColorizeSource, src, dst, MakeVRect(rect), qv::FurtherPlanes::kOfDst,
+                        qv::ChangeColors([=](Color3 rgb) {
         return qv::HslToRgb({hue, saturation, qv::RgbToHsl(rgb).z * kept + lift});
       }));
       return kQVStatusSuccess;

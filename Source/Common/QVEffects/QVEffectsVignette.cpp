@@ -283,8 +283,8 @@ void MakeLayer(__QVImage* src, __QVImage* dst, VRect rect, const LayerShape& sha
   rect = rect.Intersect(MakeVRect(QVImageGetBounds(dst)));
   int y = rect.top;
   const auto makeRow = [&](T* out, const T* in, int width) {
-    for (int x = 0; x < width; x += kStripPixels) {
-      const int pixels = std::min(width - x, kStripPixels);
+    for (int64_t x = 0; x < width; x += kStripPixels) {
+      const int pixels = static_cast<int>(std::min<int64_t>(width - x, kStripPixels));
       const ptrdiff_t first = ptrdiff_t{x} * planes;
       if (in) {
         qv::LoadSamples<T>(in + first, planes, pixels, lower);
@@ -394,8 +394,8 @@ void MixIn(__QVImage* src, __QVImage* dst, VRect rect, const InShape& shape, flo
   qv::WalkRows(kSource, {qv::ToRead(src), qv::ToWrite(dst)}, rect, [&](void** rows, int width) {
     const T* in = static_cast<const T*>(rows[0]);
     T* out = static_cast<T*>(rows[1]);
-    for (int x = 0; x < width; x += kStripPixels) {
-      const int pixels = std::min(width - x, kStripPixels);
+    for (int64_t x = 0; x < width; x += kStripPixels) {
+      const int pixels = static_cast<int>(std::min<int64_t>(width - x, kStripPixels));
       const int count = qv::WholeVectors(pixels);
       const ptrdiff_t first = ptrdiff_t{x} * planes;
       const bool any = shape(rect.left + x, y, pixels, strengths);

@@ -14,16 +14,16 @@ struct UnitScale {
   float toUnit, max;
 };
 
-/// What becomes of the planes after the third of an image without transparency. One with
-/// transparency has those of src.
+/// What becomes of the planes after the third where src has no transparency. Where it has, they are
+/// those of src.
 enum class FurtherPlanes { kOfDst, kOfSrc };
 
 /// Whether pixels of src and dst are alike, of three colour samples or more, and strips can hold
 /// them.
 inline bool CanWalkColors(__QVImage* src, __QVImage* dst) {
-  const int transparency = QVImageGetTransparency(dst);
+  const int transparency = QVImageGetTransparency(src);
   return HaveSamePixels(src, dst) && FitsPlanes(dst) && transparency >= 0 &&
-         QVImageGetNumPlanes(dst) - transparency >= 3;
+         QVImageGetNumPlanes(src) - transparency >= 3;
 }
 
 /// Loads the planes after the third.
@@ -43,7 +43,7 @@ void WalkColors(Where where, __QVImage* src, __QVImage* dst, VRect rect, Further
   constexpr UnitScale kScale = {Sample<T>::kToUnit, Sample<T>::kMax};
   const int planes = QVImageGetNumPlanes(dst);
   const bool keeps =
-      further == FurtherPlanes::kOfDst && planes > 3 && QVImageGetTransparency(dst) == 0;
+      further == FurtherPlanes::kOfDst && planes > 3 && QVImageGetTransparency(src) == 0;
   Strip strip;
   WalkRows(where, {ToRead(src), keeps ? ToReadWrite(dst) : ToWrite(dst)}, rect,
            [&](void** rows, int width) {
