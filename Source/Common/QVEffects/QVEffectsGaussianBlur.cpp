@@ -126,7 +126,7 @@ void TakeColors(const T* row, int64_t pixels, Layout layout, float* out) {
     for (int64_t i = 0; i < pixels * layout.colors; i++) {
       out[i] = static_cast<float>(row[i / layout.colors * layout.planes + i % layout.colors]);
     }
-  } else if constexpr (layout.transparency) {
+  } else if constexpr (Layout::transparency != 0) {
     // Transparency is overwritten by the next pixel.
     using Pixel = qv::Lanes<float, Layout::planes>;
     for (int64_t i = 0; i < pixels; i++) {
@@ -144,7 +144,7 @@ void SpreadColors(const float* colors, int pixels, Layout layout, float* out) {
     for (int i = 0; i < pixels * layout.colors; i++) {
       out[i / layout.colors * layout.planes + i % layout.colors] = colors[i];
     }
-  } else {
+  } else if constexpr (Layout::transparency != 0) {
     using Pixel = qv::Lanes<float, Layout::planes>;
     for (int i = 0; i < pixels; i++) {
       Pixel::Store(out + i * layout.planes, Pixel::Load(colors + i * layout.colors));
