@@ -9,8 +9,8 @@
  *
  *  `src` and `dst` have 8 or 16 bits a sample and the same number of planes, whatever that is; they
  *  may be the same image. Memory is taken for the rows that the square covers, each 2 * radius
- * pixels longer than `rect`, and at 8 bits from a radius of 7 on for 128 more; then for 1 MB of
- * counts, or at 8 bits for 5 KB times radius times planes where that is more. */
+ *  pixels longer than `rect`, and at 8 bits from a radius of 6 on for 128 more; then for 1 MB of
+ *  counts, or at 8 bits for 5 KB times radius times planes where that is more. */
 #ifndef QVEFFECTS_QVEFFECTSMEDIAN_H
 #define QVEFFECTS_QVEFFECTSMEDIAN_H
 
