@@ -58,7 +58,7 @@ inline void SetSample(Pixel& pixel, int plane, int depth, float value) {
   }
   const float rounded = value + 0.5f, max = FullScale(depth);
   const auto held = static_cast<uint16_t>(rounded >= max ? max : (rounded > 0 ? rounded : 0));
-  std::memcpy(at, &held, depth / 8);  // the low byte comes first
+  std::memcpy(at, &held, depth == 8 ? 1 : sizeof held);  // the low byte comes first
 }
 
 /// Puts a pixel at a place of the image in `bytes`, a copy of image.Bytes().
