@@ -58,7 +58,8 @@ inline void SetSample(Pixel& pixel, int plane, int depth, float value) {
   }
   const float rounded = value + 0.5f, max = FullScale(depth);
   const auto held = static_cast<uint16_t>(rounded >= max ? max : (rounded > 0 ? rounded : 0));
-  std::memcpy(at, &held, depth == 8 ? 1 : sizeof held);  // the low byte comes first
+  at[0] = static_cast<std::byte>(held);  // the low byte comes first
+  if (depth == 16) at[1] = static_cast<std::byte>(held >> 8);
 }
 
 /// Puts a pixel at a place of the image in `bytes`, a copy of image.Bytes().
