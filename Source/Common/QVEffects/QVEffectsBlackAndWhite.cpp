@@ -320,12 +320,11 @@ void SumUp(__QVImage* image, Sums& sums) {
   qv::WalkRows(kSource, {qv::ToRead(image)}, MakeVRect(QVImageGetBounds(image)),
                [&](void** rows, int pixels) {
     const T* row = static_cast<const T*>(rows[0]);
-    for (int x = 0; x < pixels; x += kStripPixels) {
-      const int count = std::min(pixels - x, kStripPixels);
-      qv::LoadSamples<T>(row + ptrdiff_t{x} * planes, planes, count, strip);
+    qv::EachStrip(pixels, [&](int64_t x, int count) {
+      qv::LoadSamples<T>(row + x * planes, planes, count, strip);
       for (int c = 0; c < 3; c++) std::fill(strip[c] + count, strip[c] + kStripPixels, 0.0f);
       sums.Add(strip, count);
-    }
+    });
   });
 }
 

@@ -159,8 +159,7 @@ template <class T>
 void BlendRow(Blending& call, T* out, int width) {
   constexpr float kMax = qv::Sample<T>::kMax;
   auto& [a, b, maskOfA, maskOfB, planes, colors, blend, mixed, result] = call;
-  for (int64_t x = 0; x < width; x += kStripPixels) {
-    const int pixels = static_cast<int>(std::min<int64_t>(width - x, kStripPixels));
+  qv::EachStrip(width, [&](int64_t x, int pixels) {
     LoadLayer<T>(a, maskOfA, colors, x, pixels);
     LoadLayer<T>(b, maskOfB, colors, x, pixels);
     blend(a.strip, b.strip, mixed, colors, pixels);
@@ -170,7 +169,7 @@ void BlendRow(Blending& call, T* out, int width) {
       Composite({a.strip, b.strip, mixed, a.coverage, b.coverage}, colors, kMax, pixels, result);
     }
     qv::StoreSamples<T>(out + x * planes, planes, pixels, result);
-  }
+  });
 }
 
 const std::byte* Bytes(const void* row) { return static_cast<const std::byte*>(row); }

@@ -75,8 +75,7 @@ template <class T, class Acc>
 qv::BoxMix<T, Acc> ModeMix(int64_t count, qv::BlurMixer& mixer) {
   const float scale = (1.0f / static_cast<float>(count)) / qv::Sample<T>::kMax;
   return [=, &mixer](const T* base, const Acc* sums, T* out, int64_t samples) {
-    for (int64_t x = 0; x < samples; x += qv::kStripPixels) {
-      const int some = static_cast<int>(std::min<int64_t>(samples - x, qv::kStripPixels));
+    qv::EachStrip(samples, [&](int64_t x, int some) {
       float* top = mixer.Top();
       for (int i = 0; i < some; i++) {
         if constexpr (std::is_floating_point_v<T>) {
@@ -86,7 +85,7 @@ qv::BoxMix<T, Acc> ModeMix(int64_t count, qv::BlurMixer& mixer) {
         }
       }
       mixer.Mix(base + x, out + x, some);
-    }
+    });
   };
 }
 

@@ -255,7 +255,7 @@ int Adjust(__QVImage* src, __QVImage* dst, __QVImage* mask, QVRect rect, Effect 
   if (!src || !dst) return kQVStatusBadArgument;
   return qv::Guard(kSource, kQVStatusUnknown, [&] {
     return qv::DispatchDepth(QVImageGetDepth(src), [&]<class T>() -> int {
-      if (!qv::HaveSamePixels(src, dst) || !qv::FitsChunk(dst) || !qv::IsMaskFor(src, mask) ||
+      if (!qv::HaveSamePixels(src, dst) || !qv::IsMaskFor(src, mask) ||
           (mask && !qv::FitsPlanes(src))) {
         return kQVStatusUnsupported;
       }

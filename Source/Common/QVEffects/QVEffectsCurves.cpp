@@ -156,7 +156,7 @@ int QVEffectsApplyCurvesWithAmount(__QVImage* src, __QVImage* dst, QVRect rect, 
   if (!src || !dst || !curves) return kQVStatusBadArgument;
   return qv::Guard(kSource, kQVStatusUnknown, [&] {
     return qv::DispatchDepth(QVImageGetPlaneBytes(src) * 8, [&]<class T>() -> int {
-      if (!qv::HaveSamePixels(src, dst) || !qv::FitsChunk(dst)) return kQVStatusUnsupported;
+      if (!qv::HaveSamePixels(src, dst)) return kQVStatusUnsupported;
       return ApplyCurves<T>(src, dst, MakeVRect(rect), curves, Mix<T>(amount));
     });
   });

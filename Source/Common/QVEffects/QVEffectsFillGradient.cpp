@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "Utils/Strips.h"
+#include "Utils/Masks.h"
 
 namespace {
 
@@ -27,11 +27,11 @@ struct Colors {
   }
 };
 
-// Turns the first plane, a mask's samples, into the planes of the mix.
-void Mix(const Colors& colors, bool isInverted, int planes, int pixels, Strip& strip) {
+// Turns the first plane, what a mask counts as, into the planes of the mix.
+void Mix(const Colors& colors, int planes, int pixels, Strip& strip) {
   const int count = qv::WholeVectors(pixels);
   alignas(64) float mask[qv::kStripPixels];
-  for (int i = 0; i < count; i++) mask[i] = isInverted ? 1.0f - strip[0][i] : strip[0][i];
+  std::copy_n(strip[0], count, mask);
   for (int c = 0; c < planes; c++) {
     const float a = colors.first[c], b = colors.second[c];
     for (int i = 0; i < count; i++) strip[c][i] = b * (1.0f - mask[i]) + a * mask[i];
@@ -41,29 +41,23 @@ void Mix(const Colors& colors, bool isInverted, int planes, int pixels, Strip& s
 template <class T>
 int FillGradient(__QVImage* dst, VRect rect, __QVImage* mask, qv::LoadStrip load,
                  const Colors& colors) {
-  QVImageAccess source(mask, nullptr), target(dst, nullptr);
-  const bool isInverted = QVImageGetType(mask) == kQVImageTypeInvertedMask;
-  const int planes = QVImageGetNumPlanes(dst);
-  rect = rect.Intersect(target.bounds);
-  const int width = rect.right - rect.left;
-  if (width == 0) return kQVStatusSuccess;
-
+  const qv::MaskSense sense(mask);
+  const int planes = QVImageGetNumPlanes(dst), maskBytes = QVImageGetColBytes(mask);
   Strip strip;
-  for (int y = rect.top; y < rect.bottom; y++) {
-    const void* from = source.ReadRow(y, rect.left, width);
-    void* to = qv::Required(target.WriteRow(y, rect.left, width), kSource);
-    for (int64_t x = 0; x < width; x += qv::kStripPixels) {
-      const int pixels = static_cast<int>(std::min<int64_t>(width - x, qv::kStripPixels));
+  qv::WalkRows(kSource, {qv::ToReadIfThere(mask), qv::ToWrite(dst)}, rect,
+               [&](void** rows, int width) {
+    const auto* from = static_cast<const std::byte*>(rows[0]);
+    T* to = static_cast<T*>(rows[1]);
+    qv::EachStrip(width, [&](int64_t x, int pixels) {
       if (from) {
-        load(static_cast<const std::byte*>(from) + x * source.colBytes, 1, pixels, strip);
+        qv::LoadMask(load, from + x * maskBytes, 1, pixels, sense, strip);
       } else {
-        // A mask row that can't be had counts as absent.
-        std::fill_n(strip[0], qv::kStripPixels, isInverted ? 0.0f : 1.0f);
+        std::fill_n(strip[0], qv::kStripPixels, 1.0f);
       }
-      Mix(colors, isInverted, planes, pixels, strip);
-      qv::StoreSamples<T>(static_cast<T*>(to) + x * planes, planes, pixels, strip);
-    }
-  }
+      Mix(colors, planes, pixels, strip);
+      qv::StoreSamples<T>(to + x * planes, planes, pixels, strip);
+    });
+  });
   return kQVStatusSuccess;
 }
 

@@ -103,8 +103,7 @@ Sums AddRows(__QVImage* image, __QVImage* maskImage, const Mask& mask, VRect rec
   for (int y = rect.top; y < rect.bottom; y++) {
     const void* maskRow = masks.Row(y);
     const T* row = static_cast<const T*>(qv::Required(rows.Row(y), kSource));
-    for (int64_t x = 0; x < width; x += qv::kStripPixels) {
-      const int pixels = static_cast<int>(std::min<int64_t>(width - x, qv::kStripPixels));
+    qv::EachStrip(width, [&](int64_t x, int pixels) {
       if (maskRow) {
         mask.load(maskRow, x, pixels, weights);
       } else {
@@ -112,7 +111,7 @@ Sums AddRows(__QVImage* image, __QVImage* maskImage, const Mask& mask, VRect rec
       }
       Weigh(row + x * layout.planes, pixels, layout, weights);
       AddStrip(row + x * layout.planes, weights, pixels, layout, isByteMask, sums);
-    }
+    });
   }
   return sums;
 }

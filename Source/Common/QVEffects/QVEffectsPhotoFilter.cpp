@@ -181,13 +181,12 @@ void FilterImage(__QVImage* src, __QVImage* dst, VRect rect, const Filter& filte
   Strips strips;
   Prepare(filter, strips);
   qv::WalkRows(kSource, {qv::ToRead(src), qv::ToWrite(dst)}, rect, [&](void** rows, int pixels) {
-    for (int x = 0; x < pixels; x += kStripPixels) {
-      const int count = std::min(pixels - x, kStripPixels);
-      const ptrdiff_t first = ptrdiff_t{x} * planes;
+    qv::EachStrip(pixels, [&](int64_t x, int count) {
+      const int64_t first = x * planes;
       qv::LoadUnscaled<T>(static_cast<const T*>(rows[0]) + first, planes, count, strips.picture);
-      FilterStrip<T>(filter, strips, rect.left + x, y, count);
+      FilterStrip<T>(filter, strips, rect.left + static_cast<int>(x), y, count);
       qv::StoreSamples<T>(static_cast<T*>(rows[1]) + first, planes, count, strips.picture);
-    }
+    });
     y++;
   });
 }

@@ -298,12 +298,11 @@ int BlurRows(__QVImage* src, QVImageAccess& target, VRect rect, int radius, Layo
     const T* base = rows.Row(y) + int64_t{radius} * layout.planes;
     T* out = static_cast<T*>(
         qv::Required(target.WriteRow(static_cast<int>(y), rect.left, width), kSource));
-    for (int64_t x = 0; x < width; x += qv::kStripPixels) {
-      const int pixels = static_cast<int>(std::min<int64_t>(width - x, qv::kStripPixels));
+    qv::EachStrip(width, [&](int64_t x, int pixels) {
       const int64_t at = x * layout.planes;
       StoreRow(scale, sums.Next(pixels), out + at, int64_t{pixels} * layout.planes);
       qv::KeepTransparency(base + at, out + at, pixels, layout);
-    }
+    });
   }
   return kQVStatusSuccess;
 }

@@ -283,8 +283,7 @@ void MakeLayer(__QVImage* src, __QVImage* dst, VRect rect, const LayerShape& sha
   rect = rect.Intersect(MakeVRect(QVImageGetBounds(dst)));
   int y = rect.top;
   const auto makeRow = [&](T* out, const T* in, int width) {
-    for (int64_t x = 0; x < width; x += kStripPixels) {
-      const int pixels = static_cast<int>(std::min<int64_t>(width - x, kStripPixels));
+    qv::EachStrip(width, [&](int64_t x, int pixels) {
       const ptrdiff_t first = ptrdiff_t{x} * planes;
       if (in) {
         qv::LoadSamples<T>(in + first, planes, pixels, lower);
@@ -302,7 +301,7 @@ void MakeLayer(__QVImage* src, __QVImage* dst, VRect rect, const LayerShape& sha
         }
       }
       qv::StoreSamples<T>(out + first, planes, pixels, mixed);
-    }
+    });
     y++;
   };
   if (layer.blend) {
@@ -394,15 +393,14 @@ void MixIn(__QVImage* src, __QVImage* dst, VRect rect, const InShape& shape, flo
   qv::WalkRows(kSource, {qv::ToRead(src), qv::ToWrite(dst)}, rect, [&](void** rows, int width) {
     const T* in = static_cast<const T*>(rows[0]);
     T* out = static_cast<T*>(rows[1]);
-    for (int64_t x = 0; x < width; x += kStripPixels) {
-      const int pixels = static_cast<int>(std::min<int64_t>(width - x, kStripPixels));
+    qv::EachStrip(width, [&](int64_t x, int pixels) {
       const int count = qv::WholeVectors(pixels);
       const ptrdiff_t first = ptrdiff_t{x} * planes;
       const bool any = shape(rect.left + x, y, pixels, strengths);
       // Strength 0 leaves an integer as it is; a float may be infinite or NaN.
       if (std::is_integral_v<T> && !any) {
         std::memmove(out + first, in + first, sizeof(T) * pixels * planes);
-        continue;
+        return;
       }
       qv::LoadSamples<T>(in + first, planes, pixels, lower);
       blend(upper, lower, mixed, colors, pixels);
@@ -417,7 +415,7 @@ void MixIn(__QVImage* src, __QVImage* dst, VRect rect, const InShape& shape, flo
         }
       }
       qv::StoreSamples<T>(out + first, planes, pixels, lower);
-    }
+    });
     y++;
   });
 }

@@ -253,12 +253,11 @@ int FilterBox(const BoxCall& call, Where missing, const BoxMix<T, Acc>& mix) {
       const T* base = holdsBase ? rows.Row(y) - int64_t{call.box.left} * planes : baseRows->Row(y);
       T* out = static_cast<T*>(
           Required(target.WriteRow(y - call.offset.y, rect.left - call.offset.x, width), missing));
-      for (int64_t x = 0; x < width; x += kStripPixels) {
-        const int pixels = static_cast<int>(std::min<int64_t>(width - x, kStripPixels));
+      EachStrip(width, [&](int64_t x, int pixels) {
         const Acc* strip = sums.Next(pixels);
         mix(base + x * planes, strip, out + x * planes, int64_t{pixels} * planes);
         KeepTransparency(base + x * planes, out + x * planes, pixels, layout);
-      }
+      });
     }
     return kQVStatusSuccess;
   });

@@ -82,7 +82,7 @@ inline bool HaveSamePixels(__QVImage* a, __QVImage* b) {
 /// Bytes worked on at a time where src and dst are one row: they stay in the first cache.
 inline constexpr size_t kChunkBytes = 8192;
 
-/// Whether chunks can hold a pixel, which a core library of the host's own might not promise.
+/// Whether chunks can hold a pixel; packed ones always fit.
 inline bool FitsChunk(__QVImage* image) {
   return QVImageGetColBytes(image) > 0 &&
          QVImageGetColBytes(image) <= static_cast<int>(kChunkBytes);
@@ -191,7 +191,7 @@ int MapPixels(Where where, __QVImage* src, __QVImage* dst, QVRect rect, Row row)
   if (!src || !dst) return kQVStatusBadArgument;
   return Guard(where, kQVStatusUnknown, [&] {
     return DispatchDepth(QVImageGetDepth(src), [&]<class T>() -> int {
-      if (!HaveSamePixels(src, dst) || !FitsChunk(dst)) return kQVStatusUnsupported;
+      if (!HaveSamePixels(src, dst)) return kQVStatusUnsupported;
       return MapRows<T>(where, src, dst, MakeVRect(rect), row);
     });
   });

@@ -203,8 +203,8 @@ int ApplyLuminosity(__QVImage* source, __QVImage* destination, __QVImage* lumino
   if (!source || !destination || !luminosity) return kQVStatusBadArgument;
   return qv::Guard(kSource, kQVStatusUnknown, [&] {
     return qv::DispatchDepth(QVImageGetPlaneBytes(source) * 8, [&]<class T>() -> int {
-      if (!qv::HaveSamePixels(source, destination) || !qv::FitsChunk(destination) ||
-          !HasRGB(destination) || QVImageGetDepth(luminosity) != QVImageGetDepth(source) ||
+      if (!qv::HaveSamePixels(source, destination) || !HasRGB(destination) ||
+          QVImageGetDepth(luminosity) != QVImageGetDepth(source) ||
           QVImageGetNumPlanes(luminosity) != 1) {
         return kQVStatusUnsupported;
       }

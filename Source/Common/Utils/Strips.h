@@ -37,9 +37,7 @@ void EachStrip(int64_t pixels, F&& f) {
 
 /// Whether strips can hold the image's pixels. True of null, which has none.
 inline bool FitsPlanes(__QVImage* image) {
-  const int planes = image ? QVImageGetNumPlanes(image) : 0;
-  return planes <= kStripPlanes &&
-         (!image || QVImageGetColBytes(image) == planes * QVImageGetPlaneBytes(image));
+  return !image || (IsPacked(image) && QVImageGetNumPlanes(image) <= kStripPlanes);
 }
 
 /// Loads pixels as floats from 0 to 1, each plane into the strip's plane of its number.

@@ -5,17 +5,16 @@
 
 #include <cmath>
 
+#include "ColorMath.h"
+
 namespace qv {
 
 /// A hyperbola: steeper near black for b > 0, near white for b < 0.
 struct BrightnessCurve {
   float k;
 
-  explicit BrightnessCurve(float b) {
-    const float t = b + b;
-    k = t > 0.0f ? 1.0f / (t + 1.0f) : 1.0f - t;
-  }
-  float operator()(float x) const { return x / ((1.0f - k) * x + k); }
+  explicit BrightnessCurve(float b) : k(BrightnessCurvature(b)) {}
+  float operator()(float x) const { return OnBrightnessCurve(x, k); }
 };
 
 /// Two parabolas that meet at 0.5: flat at black and white. For c >= 0.
