@@ -9,6 +9,9 @@
 #include <type_traits>
 
 #include "EffectFrame.h"
+#ifdef __AVX2__
+#include "StripsAvx2.h"
+#endif
 
 namespace qv {
 
@@ -65,10 +68,23 @@ constexpr auto PixelWord(FixedLayout<kPlanes, kTransparency>) {
   }
 }
 
-template <auto convert, class T, class Layout>
+// Vector code of our own takes the pixels of these layouts, where there is any.
+template <bool kToUnit, class T, class Layout, int kPlanePixels>
+int LoadEights(const T*, int, Layout, float (*)[kPlanePixels]) {
+  return 0;
+}
+template <class T, class Layout, int kPlanePixels>
+int StoreEights(T*, int, Layout, const float (*)[kPlanePixels]) {
+  return 0;
+}
+
+template <bool kToUnit, class T, class Layout>
 void Load(const T* __restrict row, int pixels, Layout layout, Strip& strip) {
   using Word = decltype(PixelWord<T>(layout));
-  for (int i = 0; i < pixels; i++) {
+  const auto convert = [](T sample) {
+    return kToUnit ? ToUnit(sample) : static_cast<float>(sample);
+  };
+  for (int i = LoadEights<kToUnit>(row, pixels, layout, strip.planes); i < pixels; i++) {
     if constexpr (std::is_void_v<Word>) {
       for (int c = 0; c < layout.planes; c++) strip[c][i] = convert(row[i * layout.planes + c]);
     } else {
@@ -84,7 +100,7 @@ void Load(const T* __restrict row, int pixels, Layout layout, Strip& strip) {
 template <class T, class Layout>
 void Store(T* __restrict row, int pixels, Layout layout, const Strip& strip) {
   using Word = decltype(PixelWord<T>(layout));
-  for (int i = 0; i < pixels; i++) {
+  for (int i = StoreEights(row, pixels, layout, strip.planes); i < pixels; i++) {
     if constexpr (std::is_void_v<Word>) {
       for (int c = 0; c < layout.planes; c++) row[i * layout.planes + c] = Rounded<T>(strip[c][i]);
     } else {
@@ -114,16 +130,15 @@ void WithPlanes(int planes, F&& f) {
 template <class T>
 void LoadSamples(const void* row, int planes, int pixels, Strip& strip) {
   detail::WithPlanes(planes, [&](auto layout) {
-    detail::Load<ToUnit<T>>(static_cast<const T*>(row), pixels, layout, strip);
+    detail::Load<true>(static_cast<const T*>(row), pixels, layout, strip);
   });
 }
 
 /// Loads pixels as floats on the samples' own scale.
 template <class T>
 void LoadUnscaled(const void* row, int planes, int pixels, Strip& strip) {
-  constexpr auto kAsIs = [](T sample) { return static_cast<float>(sample); };
   detail::WithPlanes(planes, [&](auto layout) {
-    detail::Load<kAsIs>(static_cast<const T*>(row), pixels, layout, strip);
+    detail::Load<false>(static_cast<const T*>(row), pixels, layout, strip);
   });
 }
 
