@@ -156,7 +156,7 @@ void LoadLayer(Layer& layer, Mask& mask, int colors, int64_t x, int pixels) {
 }
 
 template <class T>
-void BlendRow(Blending& call, T* out, int width) {
+void BlendRow(Blending& call, T* out, int width, qv::RowCopier& copier) {
   constexpr float kMax = qv::Sample<T>::kMax;
   auto& [a, b, maskOfA, maskOfB, planes, colors, blend, mixed, result] = call;
   qv::EachStrip(width, [&](int64_t x, int pixels) {
@@ -168,7 +168,7 @@ void BlendRow(Blending& call, T* out, int width) {
     } else {
       Composite({a.strip, b.strip, mixed, a.coverage, b.coverage}, colors, kMax, pixels, result);
     }
-    qv::StoreSamples<T>(out + x * planes, planes, pixels, result);
+    qv::StoreSamples<T>(copier, out + x * planes, planes, pixels, result);
   });
 }
 
@@ -220,12 +220,12 @@ int QVEffectsBlendImagesWithOpacitiesAndMasks(__QVImage* a, float opacityOfA, __
                    {qv::ToRead(a), qv::ToRead(b), qv::ToWrite(dst),
                     qv::ToReadIfThere(maskOfA, call.maskOfA.fill.bytes),
                     qv::ToReadIfThere(maskOfB, call.maskOfB.fill.bytes)},
-                   MakeVRect(rect), [&](void** rows, int pixels) {
+                   MakeVRect(rect), [&](void** rows, int pixels, qv::RowCopier& copier) {
         call.a.row = Bytes(rows[0]);
         call.b.row = Bytes(rows[1]);
         call.maskOfA.row = Bytes(rows[3]);
         call.maskOfB.row = Bytes(rows[4]);
-        BlendRow(call, static_cast<T*>(rows[2]), pixels);
+        BlendRow(call, static_cast<T*>(rows[2]), pixels, copier);
       });
       return kQVStatusSuccess;
     });

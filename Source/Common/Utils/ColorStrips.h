@@ -46,7 +46,7 @@ void WalkColors(Where where, __QVImage* src, __QVImage* dst, VRect rect, Further
       further == FurtherPlanes::kOfDst && planes > 3 && QVImageGetTransparency(src) == 0;
   Strip strip;
   WalkRows(where, {ToRead(src), keeps ? ToReadWrite(dst) : ToWrite(dst)}, rect,
-           [&](void** rows, int width) {
+           [&](void** rows, int width, RowCopier& copier) {
     const T* in = static_cast<const T*>(rows[0]);
     T* out = static_cast<T*>(rows[1]);
     while (width > 0) {
@@ -54,7 +54,7 @@ void WalkColors(Where where, __QVImage* src, __QVImage* dst, VRect rect, Further
       LoadUnscaled<T>(in, planes, pixels, strip);
       stage(strip, pixels, kScale);
       if (keeps) LoadFurther(out, planes, pixels, strip);
-      StoreSamples<T>(out, planes, pixels, strip);
+      StoreSamples<T>(copier, out, planes, pixels, strip);
       in += ptrdiff_t{pixels} * planes;
       out += ptrdiff_t{pixels} * planes;
       width -= pixels;

@@ -8,9 +8,11 @@
 #include <cstdint>
 #include <cstring>
 #include <span>
+#include <type_traits>
 
 #include "Failure.h"
 #include "QVImageAccess.h"
+#include "RowCopier.h"
 #include "Samples.h"
 
 namespace qv {
@@ -122,12 +124,28 @@ inline void* RowOf(QVImageAccess& access, const Walked& walked, Where where, int
   return nullptr;
 }
 
+/// How many bytes a walk writes for a copier to carry out: none behind callbacks, which give
+/// buffers, nor where another image of the walk has the same memory.
+inline size_t BytesToCopy(std::span<const Walked> images, const QVImageAccess* accesses,
+                          const VRect& rect) {
+  const QVImageAccess* written = nullptr;
+  for (size_t i = 0; i < images.size(); i++) {
+    if (images[i].access == Walked::kWrite) written = &accesses[i];
+  }
+  if (!written || !written->memory) return 0;
+  for (size_t i = 0; i < images.size(); i++) {
+    if (&accesses[i] != written && accesses[i].memory == written->memory) return 0;
+  }
+  return static_cast<size_t>(rect.right - rect.left) * (rect.bottom - rect.top) * written->colBytes;
+}
+
 /// Walks the rows of a rectangle of several images side by side. Images are opened, and in each row
 /// read and written, in their order. What is written outside would be dropped: those pixels aren't
 /// worked at all.
 /// @param accesses,rows room for each image.
 /// @param row           row(rows, pixels): where the row of each image is, of pixels from left to
-///                      right. Each pixel depends on its own place alone.
+///                      right. Each pixel depends on its own place alone. Or row(rows, pixels,
+///                      copier), where that takes what is ready to its row.
 template <class Row>
 void WalkRows(Where where, std::span<const Walked> images, QVImageAccess* accesses, void** rows,
               VRect rect, Row&& row) {
@@ -136,12 +154,17 @@ void WalkRows(Where where, std::span<const Walked> images, QVImageAccess* access
     if (images[i].access >= Walked::kWrite) rect = rect.Intersect(accesses[i].bounds);
   }
   const int width = rect.right - rect.left;
-  if (width <= 0) return;
+  if (width <= 0 || rect.bottom <= rect.top) return;
+  RowCopier copier(BytesToCopy(images, accesses, rect));
   for (int y = rect.top; y < rect.bottom; y++) {
     for (size_t i = 0; i < images.size(); i++) {
       rows[i] = RowOf(accesses[i], images[i], where, y, rect.left, width);
     }
-    row(rows, width);
+    if constexpr (std::is_invocable_v<Row&, void**, int, RowCopier&>) {
+      row(rows, width, copier);
+    } else {
+      row(rows, width);
+    }
   }
 }
 

@@ -16,6 +16,7 @@ class RowCopier {
   RowCopier(const RowCopier&) = delete;
   RowCopier& operator=(const RowCopier&) = delete;
 
+  bool Streams() const { return mStreams; }
   void Copy(void* to, const void* from, size_t bytes);
 
  private:

@@ -150,6 +150,15 @@ void StoreSamples(void* row, int planes, int pixels, const Strip& strip) {
       planes, [&](auto layout) { detail::Store(static_cast<T*>(row), pixels, layout, strip); });
 }
 
+/// The same by a copier: what goes around the caches is stored beside them first.
+template <class T>
+void StoreSamples(RowCopier& copier, void* row, int planes, int pixels, const Strip& strip) {
+  if (!copier.Streams()) return StoreSamples<T>(row, planes, pixels, strip);
+  alignas(64) T samples[kStripPixels * kStripPlanes];
+  StoreSamples<T>(samples, planes, pixels, strip);
+  copier.Copy(row, samples, sizeof(T) * pixels * planes);
+}
+
 /// Gives pixels the transparency of base.
 template <class T, class Layout>
 void KeepTransparency(const T* __restrict base, T* __restrict out, int pixels, Layout layout) {
