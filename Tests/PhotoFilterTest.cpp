@@ -126,7 +126,7 @@ TEST(PhotoFilter, TakesAllModes) {
 // A width of 0 is a hard edge, in any direction and at any radius.
 TEST(PhotoFilter, HardEdges) {
   const float white[] = {1, 1, 1};
-  for (const float width : {0.0f, -0.0f, 1e-42f, std::nanf("")}) {
+  for (const float width : {0.0f, -0.0f, 1e-42f, -1e-30f, std::nanf("")}) {
     TestImage black({-20, -20, 41, 41}, {32, 3, 0}), dst({-20, -20, 41, 41}, {32, 3, 0});
     std::ranges::fill(black.Bytes(), std::byte{0});
     const auto at = [&](int x, int y) { return dst.Value(x, y, 1); };
@@ -138,15 +138,41 @@ TEST(PhotoFilter, HardEdges) {
       for (int away = -17; away <= 17; away++) {
         const int along = quarter < 2 ? away : -away;
         const double got = quarter % 2 ? at(-20, 3 + along) : at(3 + along, -20);
-        ASSERT_EQ(got, away < 0 ? 0 : (away > 0 ? 1 : 0.5)) << angle << ' ' << away;
+        const int side = width < 0 ? -away : away;
+        ASSERT_EQ(got, side < 0 ? 0 : (side > 0 ? 1 : 0.5)) << angle << ' ' << away;
       }
     }
     ASSERT_EQ(QVEffectsPhotoFilter(black, dst, black.Bounds(), 3, kQVBlendModeNormal, 0, 0, {0, 0},
                                    5, width, white, 1, nullptr, 0),
               0);
     EXPECT_EQ(at(3, 4), 0.5);
-    EXPECT_EQ(at(3, 3), 0);
-    EXPECT_EQ(at(-4, 4), 1);
+    EXPECT_EQ(at(3, 3), width < 0);
+    EXPECT_EQ(at(-4, 4), !(width < 0));
+  }
+}
+
+// Planes after the third are the destination's own, and the source's where there is transparency.
+TEST(PhotoFilter, FurtherPlanes) {
+  for (const auto& [planes, transparency, status] :
+       {std::tuple{4, 0, 0}, {5, 1, 0}, {6, 0, 0}, {7, 0, 1020}}) {
+    constexpr int kPixels = 300;
+    std::vector<uint8_t> from(kPixels * planes, 70), to(kPixels * planes, 9);
+    __QVImage *src = nullptr, *dst = nullptr;
+    for (const auto& [samples, image] : {std::pair{&from, &src}, {&to, &dst}}) {
+      ASSERT_EQ(QVImageCreateWithBuffer({0, 0, kPixels, 1}, 8, planes, kQVColorSpaceRGB,
+                                        transparency, samples->data(), kPixels * planes, image),
+                kQVStatusSuccess);
+    }
+    const float white[] = {1, 1, 1};
+    EXPECT_EQ(QVEffectsPhotoFilter(src, dst, {0, 0, kPixels, 1}, 1, kQVBlendModeNormal, 0, 0,
+                                   {270, 0}, 0, 0, white, 1, nullptr, 0),
+              status);
+    for (int i = 0; i < kPixels * planes && status == 0; i++) {
+      const int color = i / planes < 270 ? 70 : (i / planes > 270 ? 255 : 163);
+      ASSERT_EQ(to[i], i % planes < 3 ? color : (transparency ? 70 : 9)) << i;
+    }
+    QVImageRelease(src);
+    QVImageRelease(dst);
   }
 }
 
@@ -164,7 +190,8 @@ TEST(PhotoFilter, Refuses) {
   EXPECT_EQ(run(rgb, rgb, 5, kNormal, kA), kQVStatusBadArgument);
   EXPECT_EQ(run(rgb, rgb, 0, kNormal, nullptr), kQVStatusBadArgument);
   EXPECT_EQ(run(rgb, rgb, 2, kNormal, kA), kQVStatusBadArgument) << "no second colour";
-  EXPECT_EQ(run(gray, gray, 0, kNormal, kA), kQVStatusUnsupported);
+  EXPECT_EQ(run(gray, gray, 5, 0, kA), kQVStatusBadArgument) << "the mode comes first";
+  EXPECT_EQ(run(gray, gray, 5, kNormal, kA), kQVStatusUnsupported) << "the type comes last";
   EXPECT_EQ(run(rgb, deep, 0, kNormal, kA), kQVStatusUnsupported);
   EXPECT_TRUE(rgb.Bytes() == before);
 }

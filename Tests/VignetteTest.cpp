@@ -243,8 +243,7 @@ TEST(Vignette, AnswersBadArguments) {
 
 // Whatever the sides and the parameters, strengths are numbers from none to full.
 TEST(Vignette, HasStrengthsOnAllSizes) {
-  constexpr float kInfinity = std::numeric_limits<float>::infinity();
-  constexpr float kWild[] = {0, 0.2f, 0.5f, 1, -0.5f, -1, 1.7f, -40, 1e30f, kInfinity, NAN};
+  constexpr float kWild[] = {0, 0.2f, 0.5f, 1, -0.5f, -1, 1.7f, -40, 1e30f, -3e38f};
   for (const auto [width, height] : {QVPoint{0, 0}, {1, 1}, {1, 9}, {9, 1}, {2, 3}, {60, 10}}) {
     for (const float shape : kWild) {
       for (const float size : kWild) {
@@ -266,6 +265,59 @@ TEST(Vignette, HasStrengthsOnAllSizes) {
       }
     }
   }
+
+  // A circle so large that floats next to its edge are 4 pixels apart.
+  TestImage far({0, 0, 64, 8}, kRGBA);
+  constexpr Shape kLarge = {2.5e6f, 0, 1, -1056115.81f};
+  ASSERT_EQ(kLarge(QVEffectsVignette, far, far, far.Bounds(), 0), kQVStatusSuccess);
+  for (int x = 1; x < 64; x++) ASSERT_GE(far.At<float>(x, 4, 3), far.At<float>(x - 1, 4, 3)) << x;
+  EXPECT_EQ(far.At<float>(0, 4, 3), 0);
+  EXPECT_EQ(far.At<float>(63, 4, 3), 1);
+}
+
+TEST(Vignette, IsNoneWhereAParameterIsNoNumber) {
+  constexpr float kInfinity = std::numeric_limits<float>::infinity();
+  for (const float wild : {kInfinity, -kInfinity, NAN}) {
+    for (int i = 0; i < 6; i++) {
+      float p[] = {0.5f, 0.5f, 1, 0.1f, 0.5f, -0.3f};
+      p[i] = wild;
+      const Shape shape = {p[3], p[4], p[5], p[0], p[1]};
+      TestImage image(kBounds, {16, 4, 1}), layer(kBounds, kRGBA);
+      const std::vector<std::byte> before = image.Bytes();
+      ASSERT_EQ(shape(QVEffectsVignetteIn, image, image, kBounds, p[2]), kQVStatusSuccess);
+      EXPECT_EQ(image.Bytes(), before) << wild << " as " << i;
+      ASSERT_EQ(shape(QVEffectsVignette, layer, layer, kBounds, p[2]), kQVStatusSuccess);
+      for (int x = kBounds.x; x < kBounds.x + kBounds.width; x++) {
+        ASSERT_EQ(layer.At<float>(x, 5, 3), 0) << wild << " as " << i;
+        ASSERT_EQ(layer.At<float>(x, 5, 0), i == 2 ? 0.5f : 1) << wild;
+      }
+    }
+  }
+}
+
+// In modes of the whole colour a fourth plane of a layer is that of src; in the image it's dst's.
+TEST(Vignette, FurtherPlanes) {
+  constexpr int kPixels = 300;
+  std::vector<uint8_t> from(kPixels * 4, 70), to(kPixels * 4, 9);
+  __QVImage *src = nullptr, *dst = nullptr;
+  for (const auto& [samples, image] : {std::pair{&from, &src}, {&to, &dst}}) {
+    ASSERT_EQ(QVImageCreateWithBuffer({0, 0, kPixels, 1}, 8, 4, kQVColorSpaceRGB, 0,
+                                      samples->data(), kPixels * 4, image),
+              kQVStatusSuccess);
+  }
+  const auto expect = [&](int color, int fourth) {
+    for (int i = 0; i < kPixels * 4; i++) ASSERT_EQ(to[i], i % 4 == 3 ? fourth : color) << i;
+  };
+  constexpr Shape kFull = {-0.5f, 0, 0, -9}, kClear = {100, 0, 0};
+  constexpr QVRect kAll = {0, 0, kPixels, 1};
+  EXPECT_EQ(kFull(QVEffectsVignetteIn, src, dst, kAll, 1), kQVStatusSuccess);
+  expect(255, 9);
+  EXPECT_EQ(kClear(QVEffectsVignetteIn, src, dst, kAll, 1), kQVStatusSuccess);
+  expect(70, 9);
+  EXPECT_EQ(kFull(QVEffectsVignette, src, dst, kAll, 0, kQVBlendModeDarkerColor), kQVStatusSuccess);
+  expect(0, 70);
+  QVImageRelease(src);
+  QVImageRelease(dst);
 }
 
 }  // namespace

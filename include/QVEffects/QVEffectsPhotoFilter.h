@@ -29,11 +29,14 @@ enum QVPhotoFilterType {
 /** Changes saturation and contrast, then lays one or two colours over in any blend mode.
  *
  *  A graduated filter goes over from one side to the other within `width` on either side of a line
- *  through `center` or of a circle around it, where it stands at its middle. A width of 0, or too
- *  small for its reciprocal to be a float, is a hard edge: one side, the other, and the middle
- * within 1/1024 pixel of the edge. Planes after the third, transparency among them, are those of
- * `src`. Results are rounded to nearest at 8 and 16 bits and held to the range (NaN is 0); float
- * results aren't held.
+ *  through `center` or of a circle around it, where it stands at its middle. A width of 0, nearer
+ *  to 0 than 1e-20, or NaN, is a hard edge: one side, the other, and the middle within 1/1024 pixel
+ *  of the edge. A negative width turns the sides round.
+ *
+ *  Transparency is that of `src`. Colour planes after the third are left alone in `dst`, or are
+ *  those of `src` where the image has transparency. Results are rounded to nearest at 8 and 16 bits
+ *  and held to the range (NaN is 0); float results aren't held. Parameters other than the type and
+ *  the mode aren't checked: out of their range the formulas hold as they are.
  *  @param src,dst       source and destination: RGB of 8, 16 or 32 bits, the same depth and planes,
  *                       at most six; may be the same image.
  *  @param rect          what to work on; see QVEffectsBasics.h for rectangles that aren't inside.
@@ -48,8 +51,9 @@ enum QVPhotoFilterType {
  *  @param width         half the length of the transition, in pixels.
  *  @param colorA        the first colour, three floats from 0 to 1.
  *  @param amountA       its opacity, 0 to 1.
- *  @param colorB        the second colour; looked at for filters of two colours only, as is:
- *  @param amountB       its opacity.
+ *  @param colorB        the second colour, like the first. Read by ::kQVPhotoFilterLinearBoth and
+ *                       ::kQVPhotoFilterRoundBoth only; may be null for the others.
+ *  @param amountB       its opacity, 0 to 1. Read by the same two types only.
  *  @return 0; kQVStatusBadArgument for an unknown mode or type, null or a row that can't be had;
  *          kQVStatusUnsupported for a `src` that isn't RGB, another depth, images that differ in
  *          depth or planes, less than three colour planes or more than six planes. */

@@ -12,8 +12,10 @@
  *
  *  All modes of #QV_BLEND_MODES are taken in their forward form, with the colour of the vignette as
  *  the upper layer; those of the whole colour (hue, saturation, color, luminosity, lighter-color,
- *  darker-color) are for RGB. Other parameters aren't checked: out of their range the formulas hold
- *  as they are, and NaN gives some strength from 0 to 1. */
+ *  darker-color) are for RGB and leave colour planes after the third alone. Other parameters aren't
+ *  checked: out of their range the formulas hold as far as floats reach, and make no NaN of the
+ *  strength. If any is infinite or NaN there is no vignette: its strength is 0, and a `level` like
+ *  that counts as 0.5. */
 #ifndef QVEFFECTS_QVEFFECTSVIGNETTE_H
 #define QVEFFECTS_QVEFFECTSVIGNETTE_H
 
@@ -31,8 +33,8 @@ extern "C" {
  *
  *  The vignette fits the bounds of `dst` and is clear in the middle. An ellipse, a circle or a box
  *  with round corners, by `shape`, lies halfway through a transition of 200 steps that is at least
- *  10 pixels wide. An image with a side below 2 pixels has about half the strength near
- *  the origin.
+ *  10 pixels wide. With a side below 2 pixels, there is no shape but that transition, along that
+ *  side: about half the strength all over, except for a circle, which fits the longer side.
  *  @param src,dst         source and destination; in mode normal `src` isn't read.
  *  @param rect            what to work on.
  *  @param centerX,centerY the centre, 0 to 1 of the width and the height. A box is always in the
@@ -52,13 +54,14 @@ QVEFFECTS_API int QVEffectsVignette(__QVImage* src, __QVImage* dst, QVRect rect,
                                     float shape, QVBlendMode mode);
 
 /** Makes a vignette in the image itself: each pixel is mixed with black or white, blended with it,
- *  by the vignette's strength. The first three colour samples change, or the one of a gray image;
- *  others and transparency are those of `src`.
+ *  by the vignette's strength. The first three colour planes change. Transparency is that of `src`;
+ *  colour planes after the third are left alone in `dst`, or are those of `src` where the image has
+ *  transparency.
  *
  *  The vignette fits the bounds of `src`. Its strength grows from the middle outwards along the
  *  smootherstep polynomial and is at half where the distance from the centre is that of an ellipse,
- *  a circle or a box with round corners, by `shape`. A radius of 0 counts as a millionth of a
- * pixel.
+ *  a circle or a box with round corners, by `shape`. A radius of 0 counts as a millionth of
+ *  a pixel.
  *  @param src,dst         source and destination.
  *  @param rect            what to work on.
  *  @param centerX,centerY the centre, 0 to 1 of the width and the height.

@@ -4,8 +4,7 @@
 
 #include <cmath>
 
-#include "Utils/BlendModes.h"
-#include "Utils/ColorMath.h"
+#include "Utils/ColorStrips.h"
 
 namespace {
 
@@ -14,6 +13,7 @@ constexpr const char* kSource = "Source/Common/QVEffects/QVEffectsPhotoFilter";
 using qv::Color3;
 using qv::kStripPixels;
 using qv::Strip;
+using qv::UnitScale;
 
 // ---- Formulas
 
@@ -33,21 +33,22 @@ bool HasBoth(int type) {
 // How far a pixel lies from one side of the transition, 0, to the other, 1.
 struct Transition {
   static constexpr float kOnEdge = 1.0f / 1024.0f;
+  // Distances over less may be more than floats hold.
+  static constexpr float kLeastWidth = 1e-20f;
 
   QVPointF center;
   bool isLinear, isHard;
-  float stepX, stepY;          // of a linear one
-  float radius, perPixel = 1;  // of a round one
+  float stepX, stepY;      // of a linear one
+  float radius, perPixel;  // of a round one
 
   Transition(int type, QVPointF aCenter, float angleOrRadius, float width)
       : center(aCenter), isLinear(IsLinear(type)), radius(angleOrRadius) {
-    const float inverse = 1.0f / width;
-    isHard = !std::isfinite(inverse);
-    if (!isHard) perPixel = inverse;
+    isHard = !(std::abs(width) >= kLeastWidth);  // NaN too
+    const float unit = isHard ? (width < 0.0f ? -1.0f : 1.0f) : width;
+    perPixel = 1.0f / unit;
     const double angle = static_cast<double>(angleOrRadius) * 3.1415927 / 180.0;
-    const double unit = isHard ? 1.0 : static_cast<double>(width);
-    stepX = static_cast<float>(std::cos(angle) / unit);
-    stepY = static_cast<float>(std::sin(angle) / unit);
+    stepX = static_cast<float>(std::cos(angle) / static_cast<double>(unit));
+    stepY = static_cast<float>(std::sin(angle) / static_cast<double>(unit));
   }
 
   // In widths from the middle, or pixels where the edge is hard.
@@ -67,7 +68,7 @@ struct Transition {
 // ---- Stages on strips
 
 struct Strips {
-  Strip picture, filter, blended;
+  Strip filter, blended;
   alignas(64) float opacity[kStripPixels];
 };
 
@@ -82,15 +83,14 @@ struct Filter {
 };
 
 // From samples on the scale of their type to floats from 0 to 1, changed.
-template <class T, bool kSaturates>
-void ChangePicture(const Filter& filter, Strip& strip, int pixels) {
-  constexpr float kToUnit = qv::Sample<T>::kToUnit;
+template <bool kSaturates>
+void ChangePicture(const Filter& filter, float toUnit, Strip& strip, int pixels) {
   const int count = qv::WholeVectors(pixels);
   const float saturation = filter.saturation;
   const Curve curve = filter.curve;
   float* __restrict r = strip[0], * __restrict g = strip[1], * __restrict b = strip[2];
   for (int i = 0; i < count; i++) {
-    Color3 c = {r[i] * kToUnit, g[i] * kToUnit, b[i] * kToUnit};
+    Color3 c = {r[i] * toUnit, g[i] * toUnit, b[i] * toUnit};
     if constexpr (kSaturates) c = qv::WithSaturation(c, saturation);
     r[i] = curve(c.x);
     g[i] = curve(c.y);
@@ -140,11 +140,11 @@ void PlaceFilter(const Filter& filter, Strips& strips, int x, int y, int pixels)
 }
 
 // The opacity goes into the scale of the result.
-void Mix(Strips& strips, float max, int pixels) {
+void Mix(const Strips& strips, float max, Strip& strip, int pixels) {
   const int count = qv::WholeVectors(pixels);
   const float* __restrict opacity = strips.opacity;
   for (int c = 0; c < 3; c++) {
-    float* __restrict picture = strips.picture[c];
+    float* __restrict picture = strip[c];
     const float* __restrict blended = strips.blended[c];
     for (int i = 0; i < count; i++) {
       const float share = opacity[i] * max;
@@ -155,40 +155,41 @@ void Mix(Strips& strips, float max, int pixels) {
 
 // ---- Rows
 
-template <class T>
-void FilterStrip(const Filter& filter, Strips& strips, int x, int y, int pixels) {
-  if (filter.saturation != 0.0f) {
-    ChangePicture<T, true>(filter, strips.picture, pixels);
-  } else {
-    ChangePicture<T, false>(filter, strips.picture, pixels);
+// Strips of a rectangle, from left to right in row after row.
+class FilterStrips {
+ public:
+  FilterStrips(const Filter& filter, VRect rect)
+      : mFilter(filter), mLeft(rect.left), mRight(rect.right), mX(rect.left), mY(rect.top) {
+    Prepare(filter, mStrips);
   }
-  if (filter.type != kQVPhotoFilterSolid) {
-    if (filter.transition.isLinear) {
-      PlaceFilter<true>(filter, strips, x, y, pixels);
-    } else {
-      PlaceFilter<false>(filter, strips, x, y, pixels);
+
+  void operator()(Strip& picture, int pixels, UnitScale scale) {
+    const auto change = mFilter.saturation != 0.0f ? ChangePicture<true> : ChangePicture<false>;
+    change(mFilter, scale.toUnit, picture, pixels);
+    if (mFilter.type != kQVPhotoFilterSolid) {
+      const auto place = mFilter.transition.isLinear ? PlaceFilter<true> : PlaceFilter<false>;
+      place(mFilter, mStrips, mX, mY, pixels);
     }
+    mFilter.blend(mStrips.filter, picture, mStrips.blended, 3, pixels);
+    Mix(mStrips, scale.max, picture, pixels);
+    mX += pixels;
+    if (mX < mRight) return;
+    mX = mLeft;
+    mY++;
   }
-  filter.blend(strips.filter, strips.picture, strips.blended, 3, pixels);
-  Mix(strips, qv::Sample<T>::kMax, pixels);
-}
+
+ private:
+  const Filter& mFilter;
+  Strips mStrips;
+  int mLeft, mRight, mX, mY;
+};
 
 template <class T>
 void FilterImage(__QVImage* src, __QVImage* dst, VRect rect, const Filter& filter) {
-  const int planes = QVImageGetNumPlanes(dst);
   rect = rect.Intersect(MakeVRect(QVImageGetBounds(dst)));
-  int y = rect.top;
-  Strips strips;
-  Prepare(filter, strips);
-  qv::WalkRows(kSource, {qv::ToRead(src), qv::ToWrite(dst)}, rect, [&](void** rows, int pixels) {
-    qv::EachStrip(pixels, [&](int64_t x, int count) {
-      const int64_t first = x * planes;
-      qv::LoadUnscaled<T>(static_cast<const T*>(rows[0]) + first, planes, count, strips.picture);
-      FilterStrip<T>(filter, strips, rect.left + static_cast<int>(x), y, count);
-      qv::StoreSamples<T>(static_cast<T*>(rows[1]) + first, planes, count, strips.picture);
-    });
-    y++;
-  });
+  const auto further =
+      QVImageGetTransparency(dst) == 0 ? qv::FurtherPlanes::kOfDst : qv::FurtherPlanes::kOfSrc;
+  qv::WalkColors<T>(kSource, src, dst, rect, further, FilterStrips(filter, rect));
 }
 
 Color3 ColorOf(const float* c) { return {c[0], c[1], c[2]}; }
@@ -205,10 +206,7 @@ int QVEffectsPhotoFilter(__QVImage* src, __QVImage* dst, QVRect rect, int type, 
   return qv::Guard(kSource, kQVStatusUnknown, [&] {
     return qv::DispatchDepth(QVImageGetPlaneBytes(src) * 8, [&]<class T>() -> int {
       if (type < kQVPhotoFilterSolid || type > kQVPhotoFilterRoundBoth) return kQVStatusBadArgument;
-      const int colors = QVImageGetNumPlanes(dst) - QVImageGetTransparency(dst);
-      if (!qv::HaveSamePixels(src, dst) || !qv::FitsPlanes(dst) || colors < 3) {
-        return kQVStatusUnsupported;
-      }
+      if (!qv::CanWalkColors(src, dst)) return kQVStatusUnsupported;
       const Filter filter = {type,
                              blend,
                              saturation,

@@ -4,9 +4,9 @@
 
 #include <cmath>
 #include <concepts>
+#include <initializer_list>
 
-#include "Utils/BlendModes.h"
-#include "Utils/Strips.h"
+#include "Utils/ColorStrips.h"
 
 namespace {
 
@@ -33,6 +33,10 @@ int Whole(T value) {
   return static_cast<int>(std::clamp(value, -kFar, kFar));
 }
 
+bool AreFinite(std::initializer_list<float> values) {
+  return std::ranges::all_of(values, [](float v) { return std::isfinite(v); });
+}
+
 float Larger(float a, float b) { return a > b ? a : b; }
 float Square(int64_t n) { return static_cast<float>(n * n); }
 
@@ -57,7 +61,8 @@ struct Transition {
   float operator()(float v) const {
     v = v > low ? v : low;  // NaN too
     v = v < high ? v : high;
-    const float step = (v - low) * steps + 0.5f;
+    // Beyond 2^24 pixels the ends are rounded and further apart than what `steps` is made for.
+    const float step = std::min((v - low) * steps + 0.5f, 199.0f);
     const float t = static_cast<float>(static_cast<int>(step)) / 199.0f;
     return t * t * (3.0f - t * 2.0f);
   }
@@ -249,9 +254,10 @@ void LayerShape::Box(int x, int y, int pixels, Strengths& strengths) const {
   std::fill(strengths.values + from, strengths.values + to, between ? 0.0f : edge);
 }
 
-// The gray of the vignette, its strength and how it combines.
+// The gray of the vignette, half its strength and how it combines.
 struct Layer {
   float level;
+  float strength;
   qv::BlendStrip blend;  // null in mode normal
 };
 
@@ -273,7 +279,6 @@ void MakeLayer(__QVImage* src, __QVImage* dst, VRect rect, const LayerShape& sha
   const int planes = QVImageGetNumPlanes(dst);
   const bool transparency = QVImageGetTransparency(dst) != 0;
   const int colors = planes - transparency;
-  const float strength = std::abs(layer.level - 0.5f);
   Strip upper, lower, mixed;
   Strengths strengths;
   for (int c = 0; c < colors; c++) {
@@ -287,6 +292,8 @@ void MakeLayer(__QVImage* src, __QVImage* dst, VRect rect, const LayerShape& sha
       const ptrdiff_t first = ptrdiff_t{x} * planes;
       if (in) {
         qv::LoadSamples<T>(in + first, planes, pixels, lower);
+        // What a mode of the whole colour leaves alone.
+        for (int c = 3; c < colors; c++) std::copy_n(lower[c], kStripPixels, mixed[c]);
         layer.blend(upper, lower, mixed, colors, pixels);
         for (int c = 0; c < colors; c++) {
           LayOver(transparency ? lower[colors] : nullptr, layer.level, kMax, pixels, mixed[c]);
@@ -296,7 +303,7 @@ void MakeLayer(__QVImage* src, __QVImage* dst, VRect rect, const LayerShape& sha
         shape(rect.left + x, y, pixels, strengths);
         float* __restrict to = mixed[colors];
         for (int i = 0; i < pixels; i++) {
-          const float half = strength * (strengths.values[i] * kMax);
+          const float half = layer.strength * (strengths.values[i] * kMax);
           to[i] = half + half;
         }
       }
@@ -324,7 +331,7 @@ struct Pair {
 // The strength that pixels are mixed by.
 class InShape {
  public:
-  InShape(QVRect bounds, float centerX, float centerY, float amount, float size, float softness,
+  InShape(QVRect bounds, float centerX, float centerY, float strength, float size, float softness,
           float shape);
 
   // Of pixels of row y from x; whether there is any.
@@ -335,9 +342,9 @@ class InShape {
   float mSteps, mStrength;
 };
 
-InShape::InShape(QVRect bounds, float centerX, float centerY, float amount, float size,
+InShape::InShape(QVRect bounds, float centerX, float centerY, float strength, float size,
                  float softness, float shape)
-    : mStrength(std::abs(amount)) {
+    : mStrength(strength) {
   const auto w = static_cast<float>(bounds.width), h = static_cast<float>(bounds.height);
   const Pair half = {w * 0.5f, h * 0.5f};
   const Pair p = {(size + 0.5f) * half.x, (size + 0.5f) * half.y};
@@ -385,12 +392,15 @@ void MixIn(__QVImage* src, __QVImage* dst, VRect rect, const InShape& shape, flo
   constexpr float kMax = qv::Sample<T>::kMax;
   const int planes = QVImageGetNumPlanes(dst);
   const int colors = std::min(planes - QVImageGetTransparency(dst), 3);
+  // Further planes stay as they are, unless there is transparency to carry over.
+  const bool keeps = planes > 3 && QVImageGetTransparency(dst) == 0;
   Strip upper, lower, mixed;
   Strengths strengths;
   for (int c = 0; c < 3; c++) std::fill_n(upper[c], kStripPixels, color);
   rect = rect.Intersect(MakeVRect(QVImageGetBounds(dst)));
   int y = rect.top;
-  qv::WalkRows(kSource, {qv::ToRead(src), qv::ToWrite(dst)}, rect, [&](void** rows, int width) {
+  const qv::Walked written = keeps ? qv::ToReadWrite(dst) : qv::ToWrite(dst);
+  qv::WalkRows(kSource, {qv::ToRead(src), written}, rect, [&](void** rows, int width) {
     const T* in = static_cast<const T*>(rows[0]);
     T* out = static_cast<T*>(rows[1]);
     qv::EachStrip(width, [&](int64_t x, int pixels) {
@@ -398,7 +408,7 @@ void MixIn(__QVImage* src, __QVImage* dst, VRect rect, const InShape& shape, flo
       const ptrdiff_t first = ptrdiff_t{x} * planes;
       const bool any = shape(rect.left + x, y, pixels, strengths);
       // Strength 0 leaves an integer as it is; a float may be infinite or NaN.
-      if (std::is_integral_v<T> && !any) {
+      if (std::is_integral_v<T> && !any && !keeps) {
         std::memmove(out + first, in + first, sizeof(T) * pixels * planes);
         return;
       }
@@ -414,6 +424,7 @@ void MixIn(__QVImage* src, __QVImage* dst, VRect rect, const InShape& shape, flo
           for (int i = 0; i < count; i++) v[i] *= kMax;
         }
       }
+      if (keeps) qv::LoadFurther<T>(out + first, planes, pixels, lower);
       qv::StoreSamples<T>(out + first, planes, pixels, lower);
     });
     y++;
@@ -443,7 +454,10 @@ int QVEffectsVignette(__QVImage* src, __QVImage* dst, QVRect rect, float centerX
                       float level, float size, float softness, float shape, QVBlendMode mode) {
   return Draw(src, dst, mode, [&]<class T>(qv::BlendStrip blend) {
     const LayerShape layerShape(QVImageGetBounds(dst), centerX, centerY, size, softness, shape);
-    const Layer layer = {level, mode == kQVBlendModeNormal ? nullptr : blend};
+    const float gray = std::isfinite(level) ? level : 0.5f;
+    const bool shows = AreFinite({centerX, centerY, level, size, softness, shape});
+    const Layer layer = {gray, shows ? std::abs(gray - 0.5f) : 0.0f,
+                         mode == kQVBlendModeNormal ? nullptr : blend};
     MakeLayer<T>(src, dst, MakeVRect(rect), layerShape, layer);
   });
 }
@@ -451,7 +465,9 @@ int QVEffectsVignette(__QVImage* src, __QVImage* dst, QVRect rect, float centerX
 int QVEffectsVignetteIn(__QVImage* src, __QVImage* dst, QVRect rect, float centerX, float centerY,
                         float amount, float size, float softness, float shape, QVBlendMode mode) {
   return Draw(src, dst, mode, [&]<class T>(qv::BlendStrip blend) {
-    const InShape shapeOf(QVImageGetBounds(src), centerX, centerY, amount, size, softness, shape);
+    const bool shows = AreFinite({centerX, centerY, amount, size, softness, shape});
+    const InShape shapeOf(QVImageGetBounds(src), centerX, centerY, shows ? std::abs(amount) : 0.0f,
+                          size, softness, shape);
     MixIn<T>(src, dst, MakeVRect(rect), shapeOf, amount > 0.0f ? 1.0f : 0.0f, blend);
   });
 }
