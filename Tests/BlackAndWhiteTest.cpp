@@ -8,9 +8,9 @@
 #include <functional>
 #include <limits>
 
+#include "Catalog.h"
 #include "CaughtLog.h"
-#include "Naive.h"
-#include "TestImage.h"
+#include "NaiveColors.h"
 
 namespace {
 
@@ -26,30 +26,29 @@ constexpr QVRect kRect = {2, 1, 60, 18};
 // What becomes of a pixel's colour samples, on their own scale.
 using Formula = std::function<void(float* samples, int colors, int x, int y)>;
 
-// Compares dst after a call over kRect with the formula, in place too.
+// Compares dst after a call over kRect with the formula, of which so many colours are taken; what
+// further planes hold depends on transparency.
 void ExpectMapped(Form form, const std::function<int(__QVImage*, __QVImage*)>& run,
-                  const Formula& formula) {
+                  const Formula& formula, int most = 3) {
   SCOPED_TRACE(testing::Message() << form);
   const auto [depth, planes, transparency] = form;
   const int colors = planes - transparency;
-  for (const bool inPlace : {false, true}) {
-    TestImage src(kBounds, form, Residency::kMemory, 1), other(kBounds, form);
-    TestImage& dst = inPlace ? src : other;
-    std::vector<std::byte> expected = dst.Bytes();
-    for (int y = kBounds.y; y < kBounds.y + kBounds.height; y++) {
-      for (int x = kBounds.x; x < kBounds.x + kBounds.width; x++) {
-        if (!test::Contains(kRect, x, y)) continue;
-        Pixel pixel = test::NearestPixel(src, x, y);
-        float samples[6] = {};
-        for (int c = 0; c < colors; c++) samples[c] = test::GetSample(pixel, c, depth);
-        formula(samples, colors, x, y);
-        for (int c = 0; c < colors; c++) test::SetSample(pixel, c, depth, samples[c]);
-        test::PutPixel(expected, dst, x, y, pixel);
-      }
+  TestImage src(kBounds, form, Residency::kMemory, 1), dst(kBounds, form, Residency::kMemory, 2);
+  std::vector<std::byte> expected = dst.Bytes();
+  for (int y = kBounds.y; y < kBounds.y + kBounds.height; y++) {
+    for (int x = kBounds.x; x < kBounds.x + kBounds.width; x++) {
+      if (!test::Contains(kRect, x, y)) continue;
+      const Pixel from = test::NearestPixel(src, x, y);
+      Pixel pixel = transparency ? from : test::NearestPixel(dst, x, y);
+      float samples[6] = {};
+      for (int c = 0; c < colors; c++) samples[c] = test::GetSample(from, c, depth);
+      formula(samples, colors, x, y);
+      for (int c = 0; c < std::min(colors, most); c++) test::SetSample(pixel, c, depth, samples[c]);
+      test::PutPixel(expected, dst, x, y, pixel);
     }
-    ASSERT_EQ(run(src, dst), kQVStatusSuccess);
-    EXPECT_TRUE(dst.Bytes() == expected) << (inPlace ? "in place" : "");
   }
+  ASSERT_EQ(run(src, dst), kQVStatusSuccess);
+  EXPECT_TRUE(dst.Bytes() == expected);
 }
 
 std::vector<Form> Forms(int leastColors) {
@@ -68,14 +67,14 @@ TEST(BlackAndWhite, LumaAndMean) {
     }, [max](float* s, int colors, int, int) {
       const float g = colors > 1 ? s[1] / max : 0, b = colors > 2 ? s[2] / max : 0;
       std::fill_n(s, colors, (0.299f * (s[0] / max) + 0.587f * g + 0.114f * b) * max);
-    });
+    }, 6);
     ExpectMapped(form, [](auto src, auto dst) {
       return QVEffectsBlackWhite(src, dst, kRect, kQVBlackWhiteMean);
     }, [](float* s, int colors, int, int) {
       float sum = 0;
       for (int c = 0; c < colors; c++) sum += s[c];
       std::fill_n(s, colors, sum / static_cast<float>(colors));
-    });
+    }, 6);
   }
   // All 16-bit samples are divided by full scale as by a division.
   TestImage all({0, 0, 256, 256}, {16, 1, 0});
@@ -151,7 +150,7 @@ TEST(BlackAndWhite, FiltersColors) {
 
 struct Film {
   float hue, contrast, grainAmount, toneAmount;
-  float tone[3];
+  test::Rgb tone;
 };
 
 float Contrast(float x, float contrast) {
@@ -160,28 +159,6 @@ float Contrast(float x, float contrast) {
   if (x < 0.5f) return (a * x + b * x * x + 1) * x;
   const float u = 1 - x;
   return 1 - (a * u + b * u * u + 1) * u;
-}
-
-void Tone(float y, const float* color, float amount, float* out) {
-  const float lo = std::min({color[0], color[1], color[2]});
-  const float hi = std::max({color[0], color[1], color[2]});
-  float t[3] = {1, 1, 1}, luma = 1, span = 1, inverse = 0;
-  if (lo < hi) {
-    for (int c = 0; c < 3; c++) t[c] = color[c] - lo;
-    luma = 0.299f * t[0] + 0.587f * t[1] + 0.114f * t[2];
-    span = hi - lo;
-    inverse = 1 / (span - luma);
-  }
-  float k = y * (1 / luma), off = 0;
-  if (!(y <= luma)) {
-    off = y - luma;
-    k = 1;
-    if (off > 1 - span) {
-      k = (1 - y) * inverse;
-      off = 1 - span * k;
-    }
-  }
-  for (int c = 0; c < 3; c++) out[c] = t[c] * k * amount + y * (1 - amount) + off * amount;
 }
 
 // All combinations of contrast, grain and tone; grain of each depth, also smaller than a tile.
@@ -211,7 +188,7 @@ TEST(BlackAndWhite, Film) {
         for (float& weight : w) weight = weight / sum / max;
         ExpectMapped(form, [&](auto src, auto dst) {
           return QVEffectsBlackAndWhite(src, dst, kRect, grain,
-                                        film.toneAmount > 0 ? film.tone : nullptr, film.hue,
+                                        film.toneAmount > 0 ? film.tone.data() : nullptr, film.hue,
                                         film.contrast, film.grainAmount, film.toneAmount);
         }, [&](float* s, int, int x, int y) {
           float gray = w[0] * s[0] + w[1] * s[1] + w[2] * s[2];
@@ -222,9 +199,12 @@ TEST(BlackAndWhite, Film) {
             const float f = gray < 0.5f ? 2 * n * gray : 2 * (gray + n - n * gray) - 1;
             gray = f * film.grainAmount + gray * (1 - film.grainAmount);
           }
-          float out[3] = {gray, gray, gray};
-          if (film.toneAmount > 0) Tone(gray, film.tone, film.toneAmount, out);
-          for (int c = 0; c < 3; c++) s[c] = out[c] * max;
+          const auto [tone, share, white] = test::ToneGray(film.tone, gray);
+          const float by = film.toneAmount;
+          for (int c = 0; c < 3; c++) {
+            const float toned = tone[c] * share * by + gray * (1 - by) + white * by;
+            s[c] = (by > 0 ? toned : gray) * max;
+          }
         });
       }
     }
@@ -293,7 +273,7 @@ TEST(BlackAndWhite, ColorResponse) {
   }
 }
 
-// Against two passes in double precision. Grays keep their mean under the mixture.
+// Against two passes in double precision.
 TEST(BlackAndWhite, AutoMixture) {
   constexpr double kLuma[] = {0.299, 0.886, 0.587, 0.701, 0.114, 0.413};
   for (const Form form : {Form{8, 3, 0}, {16, 4, 1}, {32, 3, 0}, {32, 4, 1}}) {
@@ -348,6 +328,42 @@ TEST(BlackAndWhite, AutoMixtureOfOneColor) {
   }
 }
 
+// The mean gray stays where nothing is held to the range.
+TEST(BlackAndWhite, AutoRowKeepsTheMean) {
+  TestImage image({0, 0, 64, 64}, {16, 3, 0});
+  double before = 0, after = 0;
+  for (int i = 0; i < 64 * 64; i++) {
+    const int rgb[] = {20000 + 100 * (i % 64), 25000 + 200 * (i / 64), 30000 - 50 * (i % 64)};
+    for (int c = 0; c < 3; c++)
+      image.At<uint16_t>(i % 64, i / 64, c) = static_cast<uint16_t>(rgb[c]);
+    before += 0.299 * rgb[0] + 0.587 * rgb[1] + 0.114 * rgb[2];
+  }
+  const catalog::Effect* effect = catalog::Find("black-and-white-auto");
+  ASSERT_TRUE(effect);
+  ASSERT_EQ(effect->run({image, image, image.Bounds(), {}}), kQVStatusSuccess);
+  for (int i = 0; i < 64 * 64; i++) {
+    after += image.At<uint16_t>(i % 64, i / 64, 1);
+    ASSERT_EQ(image.At<uint16_t>(i % 64, i / 64, 0), image.At<uint16_t>(i % 64, i / 64, 2));
+  }
+  EXPECT_NEAR(after / before, 1, 1e-4);
+}
+
+TEST(BlackAndWhite, FurtherPlanes) {
+  static constexpr float kNone[6] = {};
+  const test::ColorRun runs[] = {[](auto s, auto d, QVRect r) {
+    return QVEffectsBlackWhite(s, d, r, 2);
+  }, [](auto s, auto d, QVRect r) {
+    return QVEffectsChannelMixer(s, d, r, 1, 0, 0, 0, 1, 0, 0, 0, 1);
+  }, [](auto s, auto d, QVRect r) {
+    return QVEffectsColorFilter(s, d, r, 1, 1, 1);
+  }, [](auto s, auto d, QVRect r) {
+    return QVEffectsBlackAndWhite(s, d, r, nullptr, nullptr, 0, 0, 0, 0);
+  }, [](auto s, auto d, QVRect r) {
+    return QVEffectsBlackAndWhiteColorResponse(s, d, r, nullptr, kNone);
+  }};
+  for (const auto& run : runs) EXPECT_EQ(test::OwnersOfFourth(run), "dsds") << &run - runs;
+}
+
 TEST(BlackAndWhite, Refuses) {
   TestImage rgb(kBounds, {8, 3, 0}), gray(kBounds, {8, 1, 0}), deep(kBounds, {16, 3, 0});
   TestImage two({0, 0, 256, 256}, {8, 2, 1});
@@ -363,8 +379,18 @@ TEST(BlackAndWhite, Refuses) {
   EXPECT_EQ(QVEffectsBlackWhite(rgb, deep, kBounds, 0), kQVStatusUnsupported);
   EXPECT_EQ(QVEffectsBlackAndWhiteColorResponse(gray, gray, kBounds, three, six),
             kQVStatusUnsupported);
+  for (const auto& [src, dst] : {std::pair<__QVImage*, __QVImage*>{nullptr, rgb}, {rgb, nullptr}}) {
+    EXPECT_THAT((std::array{QVEffectsBlackWhite(src, dst, kBounds, 0),
+                            QVEffectsChannelMixer(src, dst, kBounds, 1, 0, 0, 0, 1, 0, 0, 0, 1),
+                            QVEffectsColorFilter(src, dst, kBounds, 1, 1, 1),
+                            QVEffectsBlackAndWhiteWithColorFilter(src, dst, kBounds, 0),
+                            film(src, dst, nullptr, 0),
+                            QVEffectsBlackAndWhiteColorResponse(src, dst, kBounds, three, six)}),
+                testing::Each(kQVStatusBadArgument));
+  }
   EXPECT_EQ(QVEffectsBlackAndWhiteColorResponse(rgb, rgb, kBounds, three, nullptr),
             kQVStatusBadArgument);
+  EXPECT_EQ(QVEffectsBlackAndWhiteColorResponseGetAutoMixture(rgb, nullptr), kQVStatusBadArgument);
   EXPECT_EQ(QVEffectsBlackAndWhiteColorResponseGetAutoMixture(gray, mixture),
             kQVStatusUnsupportedOlder);
   EXPECT_EQ(QVEffectsBlackAndWhiteColorResponseGetAutoMixture(nullptr, mixture),

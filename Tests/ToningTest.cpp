@@ -71,8 +71,7 @@ TEST(GradientMap, IsExact) {
       return QVEffectsDuotone(src, dst, rect, kShadow.data(), kHighlight.data(), kQVBlendModeNormal,
                               balance, 1.25f);
     }, direct);
-    // Amounts that differ don't make one colour of one array, nor does one of them below 1 a
-    // gradient alone.
+    // One amount below 1 doesn't make a gradient alone.
     test::ExpectColors([&](auto src, auto dst, QVRect rect) {
       return QVEffectsSplitTone(src, dst, rect, kShadow.data(), kHighlight.data(),
                                 kQVBlendModeNormal, 0, 1, balance);
@@ -82,29 +81,36 @@ TEST(GradientMap, IsExact) {
   }
 }
 
-Rgb Toned(Rgb s, float unit, float max, Rgb color, float amount) {
-  const float lo = std::min({color[0], color[1], color[2]});
-  const float hi = std::max({color[0], color[1], color[2]});
-  Rgb t = {1, 1, 1};
-  float luma = 1, span = 1;
-  if (lo < hi) {
-    t = {color[0] - lo, color[1] - lo, color[2] - lo};
-    luma = test::PlainLuma(t);
-    span = hi - lo;
-  }
-  const float y = test::PlainLuma(s) * unit;
-  float k = 1, off = 0;
-  if (y <= luma) {
-    k = y * (1 / luma);
-  } else {
-    off = y - luma;
-    if (off > 1 - span) {
-      k = lo < hi ? (1 - y) * (1 / (span - luma)) : 0;
-      off = 1 - span * k;
+// One array for both colours gives what two equal ones give, but for the opacity's rounding.
+TEST(SplitTone, OneColorInOneArrayOrTwo) {
+  const Rgb equal = kShadow;
+  for (const QVBlendMode mode : {kQVBlendModeNormal, kQVBlendModeMultiply, kQVBlendModeHue}) {
+    for (const auto& [dark, light] : {std::pair{0, 1}, {1, 0}, {1, 1}}) {
+      TestImage one(test::kColorBounds, {8, 4, 1}), two(test::kColorBounds, {8, 4, 1});
+      const auto run = [&, d = static_cast<float>(dark), l = static_cast<float>(light)](
+                           TestImage& image, const Rgb& highlight) {
+        return QVEffectsSplitTone(image, image, image.Bounds(), kShadow.data(), highlight.data(),
+                                  mode, d, l, 0.3f);
+      };
+      const auto before = one.Bytes();
+      ASSERT_EQ(run(one, kShadow), kQVStatusSuccess);
+      ASSERT_EQ(run(two, equal), kQVStatusSuccess);
+      EXPECT_NE(one.Bytes(), before);
+      for (size_t i = 0; i < one.Bytes().size(); i++) {
+        const int difference =
+            std::to_integer<int>(one.Bytes()[i]) - std::to_integer<int>(two.Bytes()[i]);
+        ASSERT_LE(std::abs(difference), dark == light ? 1 : 0) << dark << light << " at " << i;
+      }
     }
   }
+}
+
+Rgb Toned(Rgb s, float unit, float max, const Rgb& color, float amount) {
+  const auto [tone, share, white] = test::ToneGray(color, test::PlainLuma(s) * unit);
   Rgb out;
-  for (int c = 0; c < 3; c++) out[c] = s[c] * (1 - amount) + (t[c] * k + off) * (amount * max);
+  for (int c = 0; c < 3; c++) {
+    out[c] = s[c] * (1 - amount) + (tone[c] * share + white) * (amount * max);
+  }
   return out;
 }
 
@@ -193,30 +199,58 @@ TEST(Toning, SolarizeTurnsTheUpperHalfRound) {
   }
 }
 
+TEST(Toning, FurtherPlanes) {
+  const auto duotone = [](const Rgb& highlight, float amount) {
+    return [&highlight, amount](auto s, auto d, QVRect r) {
+      return QVEffectsDuotone(s, d, r, kShadow.data(), highlight.data(), kQVBlendModeNormal, 0.5f,
+                              amount);
+    };
+  };
+  const auto colorize = [](auto s, auto d, QVRect r) {
+    return QVEffectsColorize(s, d, r, 0.5f, 0.5f, 0);
+  };
+  const auto addToner = [](auto s, auto d, QVRect r) {
+    return QVEffectsAddToner(s, d, r, kShadow.data(), 0);
+  };
+  const struct {
+    test::ColorRun run;
+    const char* owners;
+  } kCases[] = {{colorize, "ddss"},
+                {addToner, "dsds"},
+                {QVEffectsSolarize, "ssss"},
+                {duotone(kHighlight, 1), "dsds"},
+                {duotone(kHighlight, 0.5f), "dsds"},
+                {duotone(kShadow, 0.5f), "dsds"},
+                {duotone(kHighlight, 0), "ssss"}};
+  for (const auto& [run, owners] : kCases) EXPECT_EQ(test::OwnersOfFourth(run), owners);
+}
+
 TEST(Toning, RefusesOtherImages) {
   TestImage gray(kPixel, {8, 1, 0}), rgb(kPixel, {8, 3, 0}), deep(kPixel, {16, 3, 0});
   const auto before = rgb.Bytes();
-  const auto statuses = [](__QVImage* src, __QVImage* dst, const float* color, QVBlendMode mode) {
+  const auto statuses = [](__QVImage* src, __QVImage* dst, const float* color) {
+    constexpr QVBlendMode kMode = kQVBlendModeScreen;
     return std::array{
         QVEffectsAddToner(src, dst, kPixel, color, 1),
-        QVEffectsSplitTone(src, dst, kPixel, color, kShadow.data(), mode, 0, 0.5f, 0.5f),
-        QVEffectsDuotone(src, dst, kPixel, kShadow.data(), color, mode, 0.5f, 0.5f),
+        QVEffectsSplitTone(src, dst, kPixel, color, kShadow.data(), kMode, 0, 0.5f, 0.5f),
+        QVEffectsDuotone(src, dst, kPixel, kShadow.data(), color, kMode, 0.5f, 0.5f),
         QVEffectsGradientMap(src, dst, kPixel, color, color, 0.5f)};
   };
   const float* color = kHighlight.data();
-  constexpr QVBlendMode kMode = kQVBlendModeScreen;
   const auto unknown = static_cast<QVBlendMode>(0x4E6F726D);
   test::CaughtLog log;
-  EXPECT_THAT(statuses(gray, gray, color, kMode), testing::Each(kQVStatusUnsupported));
-  EXPECT_THAT(statuses(deep, rgb, color, kMode), testing::Each(kQVStatusUnsupported));
-  EXPECT_THAT(statuses(nullptr, rgb, color, kMode), testing::Each(kQVStatusBadArgument));
-  EXPECT_THAT(statuses(rgb, nullptr, color, kMode), testing::Each(kQVStatusBadArgument));
-  EXPECT_THAT(statuses(rgb, rgb, nullptr, kMode), testing::Each(kQVStatusBadArgument));
+  EXPECT_THAT(statuses(gray, gray, color), testing::Each(kQVStatusUnsupported));
+  EXPECT_THAT(statuses(deep, rgb, color), testing::Each(kQVStatusUnsupported));
+  EXPECT_THAT(statuses(rgb, rgb, nullptr), testing::Each(kQVStatusBadArgument));
+  for (const auto& [src, dst] : {std::pair<__QVImage*, __QVImage*>{nullptr, rgb}, {rgb, nullptr}}) {
+    EXPECT_THAT(statuses(src, dst, color), testing::Each(kQVStatusBadArgument));
+    EXPECT_EQ(QVEffectsSolarize(src, dst, kPixel), kQVStatusBadArgument);
+    EXPECT_EQ(QVEffectsColorize(src, dst, kPixel, 0, 0, 0), kQVStatusBadArgument);
+  }
   EXPECT_EQ(QVEffectsDuotone(rgb, rgb, kPixel, color, color, unknown, 0.5f, 1),
             kQVStatusBadArgument);
   EXPECT_EQ(QVEffectsDuotone(rgb, rgb, kPixel, color, color, unknown, 0.5f, 0), kQVStatusSuccess);
   EXPECT_EQ(QVEffectsSolarize(deep, rgb, kPixel), kQVStatusUnsupported);
-  EXPECT_EQ(QVEffectsSolarize(nullptr, rgb, kPixel), kQVStatusBadArgument);
   EXPECT_TRUE(log.events.empty());
   EXPECT_EQ(QVEffectsColorize(gray, rgb, kPixel, 0, 0, 0), kQVStatusUnsupported);
   ASSERT_EQ(log.events.size(), 1u);

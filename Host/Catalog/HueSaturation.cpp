@@ -43,7 +43,7 @@ Family HueSaturations() {
        kNeedsRGB},
       {"vibrance",
        FUNCTION(QVEffectsVibrance),
-       "Makes pale colours more colourful, or colours paler, brightness stays.",
+       "Makes pale colours more colourful, or paler; the sum of the components stays if it can.",
        InPlace::Yes,
        kPixelwise,
        {NumberOf("amount", "", -1, 1, 0, 0.5, "paler below 0, more colourful above")},

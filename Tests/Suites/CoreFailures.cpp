@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // Every call of the core library that can fail does so in turn: the effect must answer with the
-// right status and leave nothing behind.
+// right status and leave nothing behind. Images of depths that only another core library makes are
+// refused.
+#include <QVEffects/QVEffects.h>
 #include <dlfcn.h>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include "EffectRuns.h"
 
@@ -32,6 +34,8 @@ bool IsMask(__QVImage* image) {
   }
   return false;
 }
+
+int sDepth;  // what images say that their depth is; 0 for the truth
 
 bool Fails(Operation operation) {
   return operation == sPlan.operation && sPlan.countdown > 0 && --sPlan.countdown == 0;
@@ -75,6 +79,16 @@ __attribute__((visibility("default"))) int QVImageWrite2(__QVImage* image, QVRec
   static const auto next = NEXT(QVImageWrite2);
   if (Fails(Operation::kWrite)) return kFailure;
   return next(image, rect, first, last, buffer, rowBytes, reserved);
+}
+
+__attribute__((visibility("default"))) int QVImageGetDepth(__QVImage* image) {
+  static const auto next = NEXT(QVImageGetDepth);
+  return sDepth ? sDepth : next(image);
+}
+
+__attribute__((visibility("default"))) int QVImageGetPlaneBytes(__QVImage* image) {
+  static const auto next = NEXT(QVImageGetPlaneBytes);
+  return sDepth ? sDepth / 8 : next(image);
 }
 }
 
@@ -126,6 +140,48 @@ TEST_P(CoreFailures, ComeBackAsStatus) {
     }
   }
   EXPECT_GT(failed, 0);
+  QVLogSetHandler(nullptr, nullptr);
+}
+
+// Calls f on images that say they have 64 bits a sample, as a host's own core library may make.
+template <class F>
+int WithOtherDepth(F&& f) {
+  sDepth = 64;
+  const int status = f();
+  sDepth = 0;
+  return status;
+}
+
+// At most a plain copy is made.
+TEST_P(CoreFailures, OtherDepthsAreRefused) {
+  constexpr QVLogHandler kSilent = {nullptr, nullptr};
+  QVLogSetHandler(&kSilent, nullptr);
+  for (const EffectRun& run : test::RunsOf(*GetParam())) {
+    TestImage src(kBounds, run.form, Residency::kMemory, 1);
+    TestImage dst(kBounds, run.DstForm(), Residency::kMemory, 2);
+    TestImage copy(kBounds, run.DstForm(), Residency::kMemory, 2);
+    const auto before = dst.Bytes();
+    const int status = WithOtherDepth([&] { return run(src, dst, kRect); });
+    QVEffectsCopyImage(src, copy, kRect);
+    EXPECT_TRUE(dst.Bytes() == before || dst.Bytes() == copy.Bytes()) << run;
+    EXPECT_THAT(status,
+                testing::AnyOf(kQVStatusSuccess, kQVStatusUnsupported, kQVStatusUnsupportedOlder))
+        << run;
+  }
+  QVLogSetHandler(nullptr, nullptr);
+}
+
+TEST(OtherDepths, OfSolarizeAndColorize) {
+  TestImage image(kBounds, {8, 3, 0});
+  static int line;
+  const QVLogHandler handler = {[](void*, int, const char*, int at) { line = at; }, nullptr};
+  QVLogSetHandler(&handler, nullptr);
+  EXPECT_EQ(WithOtherDepth([&] { return QVEffectsSolarize(image, image, kRect); }),
+            kQVStatusUnsupportedOlder);
+  EXPECT_EQ(line, 0) << "not logged";
+  EXPECT_EQ(WithOtherDepth([&] { return QVEffectsColorize(image, image, kRect, 0, 0, 0); }),
+            kQVStatusUnsupported);
+  EXPECT_EQ(line, 78);
   QVLogSetHandler(nullptr, nullptr);
 }
 

@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <functional>
+#include <string>
 
 #include "Naive.h"
 
@@ -72,6 +73,23 @@ inline Rgb Becomes(Rgb color, const std::function<int(__QVImage*)>& run) {
   return color;
 }
 
+/// Whose fourth sample a pixel of dst holds after a run, s or d, where neither image has
+/// transparency, dst has, src has, and both have.
+inline std::string OwnersOfFourth(const ColorRun& run) {
+  std::string owners;
+  for (const auto& [ofSrc, ofDst] : {std::pair{0, 0}, {0, 1}, {1, 0}, {1, 1}}) {
+    uint8_t from[4] = {200, 100, 50, 's'}, to[4] = {1, 1, 1, 'd'};
+    __QVImage *src = nullptr, *dst = nullptr;
+    QVImageCreateWithBuffer(kPixel, 8, 4, kQVColorSpaceRGB, ofSrc, from, 4, &src);
+    QVImageCreateWithBuffer(kPixel, 8, 4, kQVColorSpaceRGB, ofDst, to, 4, &dst);
+    EXPECT_EQ(run(src, dst, kPixel), kQVStatusSuccess);
+    owners += static_cast<char>(to[3]);
+    QVImageRelease(src);
+    QVImageRelease(dst);
+  }
+  return owners;
+}
+
 /// What a mode makes of single colours, by blending two images.
 inline Rgb Blended(QVBlendMode mode, Rgb upper, Rgb lower) {
   static TestImage a(kPixel, {32, 3, 0}), b(kPixel, {32, 3, 0}), r(kPixel, {32, 3, 0});
@@ -84,6 +102,35 @@ inline Rgb Blended(QVBlendMode mode, Rgb upper, Rgb lower) {
 }
 
 inline float PlainLuma(Rgb c) { return 0.299f * c[0] + 0.587f * c[1] + 0.114f * c[2]; }
+
+/// What the tone model of the toner and of film makes of a gray: the colour less its gray, times
+/// `share`, plus `white`.
+struct TonedGray {
+  Rgb color = {1, 1, 1};
+  float share = 1, white = 0;
+};
+
+inline TonedGray ToneGray(const Rgb& color, float y) {
+  const float lo = std::min({color[0], color[1], color[2]});
+  const float hi = std::max({color[0], color[1], color[2]});
+  TonedGray toned;
+  float luma = 1, span = 1, inverse = 0;
+  if (lo < hi) {
+    toned.color = {color[0] - lo, color[1] - lo, color[2] - lo};
+    luma = PlainLuma(toned.color);
+    span = hi - lo;
+    inverse = 1 / (span - luma);
+  }
+  if (y <= luma) {
+    toned.share = y * (1 / luma);
+  } else if (y - luma > 1 - span) {
+    toned.share = (1 - y) * inverse;
+    toned.white = 1 - span * toned.share;
+  } else {
+    toned.white = y - luma;
+  }
+  return toned;
+}
 
 #define QV_MODE_CODE(constant, code, name) kQVBlendMode##constant,
 inline constexpr QVBlendMode kAllModes[] = {QV_BLEND_MODES(QV_MODE_CODE)};

@@ -2,16 +2,18 @@
 /** @file
  *  Hue, saturation and vibrance, and the way to gray.
  *
- *  Effects work pixel by pixel on RGB images of 8, 16 and 32 bits, of three colour planes at least
- *  and six planes at most. `src` and `dst` have the same depth and planes and may be the same
- *  image. Transparency is that of `src`. Colour planes after the third are left alone in `dst`,
- *  unless the image has transparency or another thing is said: then they are those of `src`.
- *  Outside `src` the nearest pixel inside gives the colour, with transparency 0; what falls outside
- *  `dst` is dropped. See QVEffectsBasics.h for rectangles that aren't inside.
+ *  Effects work pixel by pixel on images of 8, 16 and 32 bits, of three colour planes at least and
+ *  six planes at most. `src` must be RGB; `dst` isn't asked. They have the same depth and planes
+ *  and may be the same image. If `src` has transparency, all planes after the third are those of
+ *  `src`; if not, they are left alone in `dst`. Outside `src` the nearest pixel inside gives the
+ *  colour, with transparency 0; what falls outside `dst` is dropped. See QVEffectsBasics.h for
+ *  rectangles that aren't inside.
  *
- *  Amounts of 0 ask for no change: where all of them are 0, the call is a plain copy. No amount is
- *  refused. In the useful ranges colours from 0 to 1 stay there; others are held to the range at 8
- *  and 16 bits (NaN is 0), where results are rounded to nearest, and not held in float.
+ *  Where all amounts are 0, the call is QVEffectsCopyImage() of an RGB image, with its statuses.
+ *
+ *  No number is refused. In the useful ranges colours from 0 to 1 stay there, but for rounding;
+ *  beyond, the same formulas go on. Infinite and NaN amounts may make colours NaN. At 8 and 16 bits
+ *  results are rounded to nearest and held to the range (NaN is 0), in float they aren't held.
  *
  *  Statuses: 0; kQVStatusUnsupported for a source that isn't RGB, another depth, images that differ
  *  in depth or planes, or too few or too many planes; kQVStatusBadArgument for null or a row that
@@ -26,7 +28,7 @@ extern "C" {
 #endif
 
 /** Changes vibrance: Vibrance2() of each colour. Pale colours move most, grays stay, and the sum of
- *  the components stays unless one would pass 1.
+ *  the components stays, or falls where one would pass 1.
  *  @param src,dst source and destination.
  *  @param rect    what to work on.
  *  @param amount  -1 to 1.
@@ -38,7 +40,8 @@ QVEFFECTS_API int QVEffectsVibrance(__QVImage* src, __QVImage* dst, QVRect rect,
  *  SaturationBrightness() of each colour.
  *  @param src,dst    source and destination.
  *  @param rect       what to work on.
- *  @param hue        in turns, -1 to 1: 0.5 is the opposite hue.
+ *  @param hue        in turns, -1 to 1: 0.5 is the opposite hue. It wraps: whole turns bring
+ *                    colours back, up to rounding.
  *  @param saturation -1 (gray at the level of the largest component) to 1 (twice as much).
  *  @param brightness -1 to 1: along a hyperbola that leaves black and white where they are.
  *  @return see QVEffectsHueSaturation.h. */
@@ -56,7 +59,7 @@ QVEFFECTS_API int QVEffectsHueSaturationLightness(__QVImage* src, __QVImage* dst
                                                   float hue, float saturation, float lightness);
 
 /** Lays each pixel's luma (0.299 R + 0.587 G + 0.114 B) over it as a gray. An amount of 0 or below
- *  is a plain copy. Colour planes after the third are those of `src`.
+ *  is QVEffectsCopyImage() of an RGB image. Planes after the third are always those of `src`.
  *  @param src,dst source and destination.
  *  @param rect    what to work on.
  *  @param mode    how the gray, as the upper layer, combines with the pixel; kQVBlendModeNormal is

@@ -2,19 +2,22 @@
 /** @file
  *  Toning: colours that are chosen take the place of the picture's own, driven by its luma.
  *
- *  Effects work pixel by pixel on images of 8, 16 and 32 bits. All but QVEffectsSolarize() need RGB
- *  of three colour planes at least and six planes at most. `src` and `dst` have the same depth and
- *  planes and may be the same image. Transparency is that of `src`. Colour planes after the third
- *  are left alone in `dst`, or are those of `src` where the image has transparency. Outside `src`
- *  the nearest pixel inside gives the colour, with transparency 0; what falls outside `dst` is
- *  dropped. See QVEffectsBasics.h for rectangles that aren't inside.
+ *  Effects work pixel by pixel on images of 8, 16 and 32 bits. All but QVEffectsSolarize() need
+ *  three colour planes at least and six planes at most, and RGB: of `src`, QVEffectsAddToner() of
+ *  `dst`. `src` and `dst` have the same depth and planes and may be the same image. If `dst` (for
+ *  QVEffectsColorize() `src`) has transparency, all planes after the third are those of `src`; if
+ *  not, they are left alone in `dst`. Outside `src` the nearest pixel inside gives the colour, with
+ *  transparency 0; what falls outside `dst` is dropped. See QVEffectsBasics.h for rectangles that
+ *  aren't inside.
  *
- *  A colour is R, G, B: three floats from 0 to 1. Luma is 0.299 R + 0.587 G + 0.114 B. No parameter
- *  is refused; results are rounded to nearest at 8 and 16 bits and held to the range (NaN is 0),
- *  and not held in float.
+ *  A colour is R, G, B: three floats from 0 to 1. Luma is 0.299 R + 0.587 G + 0.114 B. No number is
+ *  refused: beyond the ranges the same formulas go on; infinities and NaN may make samples NaN.
+ *  Results are rounded to nearest at 8 and 16 bits and held to the range (NaN is 0), and not held
+ *  in float.
  *
- *  The balance bends luma from 0 to 1 before it picks a colour, and leaves 0 and 1 where they are:
- *  at 0.5 not at all, below it towards the shadow colour, above it towards the highlight colour.
+ *  The balance bends luma before it picks a colour, and leaves 0 and 1 where they are: at 0.5 not
+ *  at all, below it towards the shadow colour, above it towards the highlight colour. Above 0.5,
+ *  float luma below 0 may become NaN.
  *
  *  Statuses: 0; kQVStatusUnsupported for an image that isn't RGB, another depth, images that differ
  *  in depth or planes, or too few or too many planes; kQVStatusBadArgument for null or a row that
@@ -29,8 +32,8 @@ extern "C" {
 #endif
 
 /** Gives all pixels one hue and saturation; of their own colour the lightness (the mean of the
- *  largest and the smallest component) stays, brought nearer to black or white. A source that isn't
- *  RGB or of another depth is logged too.
+ *  largest and the smallest component) stays, brought nearer to black or white. Never a plain copy.
+ *  A source that isn't RGB or of another depth is logged too.
  *  @param src,dst    source and destination.
  *  @param rect       what to work on.
  *  @param hue        in turns from 0 to 1: 0 red, 1/3 green, 2/3 blue.
@@ -42,7 +45,7 @@ QVEFFECTS_API int QVEffectsColorize(__QVImage* src, __QVImage* dst, QVRect rect,
 
 /** Tints with a colour that follows luma: from black through ever more of it to the colour without
  *  its gray part, on by adding white, and through ever less of it to white. A gray colour makes the
- *  picture gray.
+ *  picture gray, float luma above 1 white.
  *  @param src,dst source and destination.
  *  @param rect    what to work on.
  *  @param color   the colour.
@@ -53,7 +56,7 @@ QVEFFECTS_API int QVEffectsAddToner(__QVImage* src, __QVImage* dst, QVRect rect,
 
 /** Turns the upper half of the tones round, so that white becomes black: colour samples of 128 and
  *  more of 255, 32768 and more of 65535, or above 0.5, become full scale less their value. Takes
- *  images of any colour space and number of planes.
+ *  images of any colour space and number of planes; the last is transparency if `dst` has it.
  *  @param src,dst source and destination.
  *  @param rect    what to work on.
  *  @return 0; kQVStatusUnsupportedOlder for a depth other than 8, 16 and 32; kQVStatusUnsupported
@@ -63,8 +66,10 @@ QVEFFECTS_API int QVEffectsSolarize(__QVImage* src, __QVImage* dst, QVRect rect)
 
 /** Lays a gradient over the picture by a mode: each pixel's luma, bent by the balance, picks a
  *  colour between that of the shadows and that of the highlights, and an opacity between their
- *  amounts. Where both amounts are 0 or below it is a plain copy. Where both colours are one array
- *  and the amounts are equal, luma isn't asked: that colour lies over all pixels alike.
+ *  amounts. Where both amounts are 0 or below it is QVEffectsCopyImage(), of images of any colour
+ *  space. Where both colours are one array and the amounts are equal, luma isn't asked: that colour
+ *  lies over all pixels alike. Amounts from 1 on in kQVBlendModeNormal put the gradient in place of
+ *  the picture.
  *  @param src,dst         source and destination.
  *  @param rect            what to work on.
  *  @param shadowColor     the colour at black.

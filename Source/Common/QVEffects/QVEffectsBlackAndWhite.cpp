@@ -5,8 +5,7 @@
 #include <array>
 #include <cmath>
 
-#include "Utils/BlendModes.h"
-#include "Utils/ColorMath.h"
+#include "Utils/ColorStrips.h"
 #include "Utils/ToneCurves.h"
 
 namespace {
@@ -16,6 +15,7 @@ constexpr const char* kSource = "Source/Common/QVEffects/QVEffectsBlackAndWhite"
 using qv::Color3;
 using qv::kStripPixels;
 using qv::Strip;
+using qv::UnitScale;
 using qv::Zones;
 
 // ---- Formulas
@@ -53,32 +53,17 @@ float OverlaidWith(float v, float color) {
   return v < kHalf ? dark : light;
 }
 
-// A tone without its gray, and how much of it a gray can take without changing its luma.
-struct Tone {
-  float r = 1.0f, g = 1.0f, b = 1.0f;
-  float luma = 1.0f, span = 1.0f, inverse = 0.0f;
+// What tones grays, and how much of it is seen.
+struct Toner {
+  qv::Tone tone;
   float amount;
 
-  Tone(Color3 color, float anAmount) : amount(anAmount) {
-    const float low = qv::Smallest(color), high = qv::Largest(color);
-    if (!(low < high)) return;
-    r = color.x - low;
-    g = color.y - low;
-    b = color.z - low;
-    luma = WeightedSum({r, g, b}, kLuma);
-    span = high - low;
-    inverse = 1.0f / (span - luma);
-  }
-
   Color3 operator()(float y) const {
-    const float lift = y - luma, squeezed = (1.0f - y) * inverse;
-    const bool isDark = y <= luma, isLight = lift > 1.0f - span;
-    const float strength = isDark ? y * (1.0f / luma) : (isLight ? squeezed : 1.0f);
-    const float offset = isDark ? 0.0f : (isLight ? 1.0f - span * squeezed : lift);
-    const auto component = [=, this](float t) {
-      return t * strength * amount + y * (1.0f - amount) + offset * amount;
+    const auto [strength, white] = tone.At(y);
+    const auto component = [=, by = amount](float t) {
+      return t * strength * by + y * (1.0f - by) + white * by;
     };
-    return {component(r), component(g), component(b)};
+    return {component(tone.color.x), component(tone.color.y), component(tone.color.z)};
   }
 };
 
@@ -137,29 +122,18 @@ void MapColors(Strip& strip, int pixels, Formula formula) {
 
 // ---- Rows
 
-// Takes a row through stage(strip, pixels), strip by strip.
+// For stages, as stage(strip, pixels), that change all colour planes.
 template <class T, class Stage>
-void MapStrips(const T* in, T* out, int planes, int pixels, Strip& strip, Stage& stage) {
-  while (pixels > 0) {
-    const int count = std::min(pixels, kStripPixels);
-    qv::LoadUnscaled<T>(in, planes, count, strip);
-    stage(strip, count);
-    qv::StoreSamples<T>(out, planes, count, strip);
-    in += ptrdiff_t{count} * planes;
-    out += ptrdiff_t{count} * planes;
-    pixels -= count;
-  }
+void MapAll(__QVImage* src, __QVImage* dst, QVRect rect, Stage stage) {
+  qv::WalkColors<T>(kSource, src, dst, MakeVRect(rect), qv::FurtherPlanes::kOfSrc,
+                    [&](Strip& strip, int pixels, UnitScale) { stage(strip, pixels); });
 }
 
+// For those that change the first three at most.
 template <class T, class Stage>
-void MapImage(__QVImage* src, __QVImage* dst, QVRect rect, Stage stage) {
-  const int planes = QVImageGetNumPlanes(dst);
-  Strip strip;
-  qv::WalkRows(kSource, {qv::ToRead(src), qv::ToWrite(dst)}, MakeVRect(rect),
-               [&](void** rows, int pixels) {
-    MapStrips(static_cast<const T*>(rows[0]), static_cast<T*>(rows[1]), planes, pixels, strip,
-              stage);
-  });
+void MapThree(__QVImage* src, __QVImage* dst, QVRect rect, Stage stage) {
+  qv::WalkColors<T>(kSource, src, dst, MakeVRect(rect), qv::WithTransparency(dst),
+                    [&](Strip& strip, int pixels, UnitScale) { stage(strip, pixels); });
 }
 
 // ---- Film
@@ -195,15 +169,15 @@ struct Film {
   Color3 weights;  // for samples on their own scale
   float contrast;
   float grainAmount;
-  Tone tone;
+  Toner toner;
   qv::BlendStrip overlay = qv::FindBlendStrip(kQVBlendModeOverlay);
 };
 
-struct Strips {
-  Strip colors, gray, overlaid;
+struct GrayStrips {
+  Strip gray, overlaid;
 };
 
-void LayOver(const Film& film, const Strip& grain, Strips& strips, int pixels) {
+void LayOver(const Film& film, const Strip& grain, GrayStrips& strips, int pixels) {
   film.overlay(grain, strips.gray, strips.overlaid, 1, pixels);
   const int count = qv::WholeVectors(pixels);
   const float amount = film.grainAmount;
@@ -214,22 +188,22 @@ void LayOver(const Film& film, const Strip& grain, Strips& strips, int pixels) {
 
 // @param grain where it stands at the first pixel, or null.
 template <class T>
-void Expose(const Film& film, const Strip* grain, Strips& strips, int pixels) {
+void Expose(const Film& film, const Strip* grain, Strip& strip, GrayStrips& grays, int pixels) {
   constexpr float kMax = qv::Sample<T>::kMax;
   const int count = qv::WholeVectors(pixels);
-  float* __restrict r = strips.colors[0], * __restrict g = strips.colors[1];
-  float* __restrict b = strips.colors[2], * __restrict y = strips.gray[0];
+  float* __restrict r = strip[0], * __restrict g = strip[1], * __restrict b = strip[2];
+  float* __restrict y = grays.gray[0];
   const Color3 weights = film.weights;
   for (int i = 0; i < count; i++) y[i] = WeightedSum({r[i], g[i], b[i]}, weights);
   if (film.contrast != 0.0f) {
     const qv::MidtoneCurve curve(film.contrast);
     for (int i = 0; i < count; i++) y[i] = curve(y[i]);
   }
-  if (grain) LayOver(film, *grain, strips, pixels);
-  if (film.tone.amount > 0.0f) {
-    const Tone tone = film.tone;
+  if (grain) LayOver(film, *grain, grays, pixels);
+  if (film.toner.amount > 0.0f) {
+    const Toner toner = film.toner;
     for (int i = 0; i < count; i++) {
-      const Color3 c = tone(y[i]);
+      const Color3 c = toner(y[i]);
       r[i] = c.x * kMax;
       g[i] = c.y * kMax;
       b[i] = c.z * kMax;
@@ -241,16 +215,15 @@ void Expose(const Film& film, const Strip* grain, Strips& strips, int pixels) {
 
 template <class T>
 void ExposeImage(__QVImage* src, __QVImage* dst, QVRect rect, const Film& film, Grain* grain) {
-  const int planes = QVImageGetNumPlanes(dst);
   const VRect walked = MakeVRect(rect).Intersect(MakeVRect(QVImageGetBounds(dst)));
   int y = walked.top;
-  Strips strips;
+  GrayStrips grays;
   const Strip* grainRow = nullptr;
-  const auto stage = [&](Strip&, int count) { Expose<T>(film, grainRow, strips, count); };
-  qv::WalkRows(kSource, {qv::ToRead(src), qv::ToWrite(dst)}, walked, [&](void** rows, int pixels) {
+  qv::WalkColors<T>(kSource, src, dst, walked, qv::WithTransparency(dst),
+                    [&](Strip& strip, int pixels, UnitScale) {
+    Expose<T>(film, grainRow, strip, grays, pixels);
+  }, [&] {
     if (grain) grainRow = &grain->From(walked.left, y++);
-    MapStrips(static_cast<const T*>(rows[0]), static_cast<T*>(rows[1]), planes, pixels,
-              strips.colors, stage);
   });
 }
 
@@ -274,23 +247,26 @@ constexpr float kPlain[] = {0.299f, 0.88600004f, 0.587f, 0.701f, 0.11399996f, 0.
 // Sums over all pixels, in lanes that are added up last.
 struct Sums {
   static constexpr int kLanes = 8;
+  // Two sums side by side, which is as fast as one.
   struct Lanes {
-    double value[kLanes] = {}, square[kLanes] = {};
+    double first[kLanes] = {}, second[kLanes] = {};
   };
-  Lanes zones[qv::kZones], luma, gray;
+  Lanes zones[qv::kZones];  // of values and squares
+  Lanes light;              // of luma and gray parts
 
   static double Total(const double* lanes) {
     return ((lanes[0] + lanes[4]) + (lanes[2] + lanes[6])) +
            ((lanes[1] + lanes[5]) + (lanes[3] + lanes[7]));
   }
 
-  static void Add(Lanes& lanes, const float* values, int count) {
+  // @param first,second what pixel i adds to each.
+  template <class First, class Second>
+  static void Add(Lanes& lanes, int count, First first, Second second) {
     Lanes sum = lanes;
     for (int i = 0; i < count; i += kLanes) {
       for (int l = 0; l < kLanes; l++) {
-        const auto value = static_cast<double>(values[i + l]);
-        sum.value[l] += value;
-        sum.square[l] += value * value;
+        sum.first[l] += first(i + l);
+        sum.second[l] += second(i + l);
       }
     }
     lanes = sum;
@@ -307,9 +283,14 @@ struct Sums {
       rows[6][i] = WeightedSum(c, {0.299f, 0.587f, 0.11399996f});
       rows[7][i] = split.gray;
     }
-    for (int k = 0; k < qv::kZones; k++) Add(zones[k], rows[k], count);
-    Add(luma, rows[6], count);
-    Add(gray, rows[7], count);
+    const auto value = [](const float* row) {
+      return [row](int i) { return static_cast<double>(row[i]); };
+    };
+    for (int k = 0; k < qv::kZones; k++) {
+      const auto zone = value(rows[k]);
+      Add(zones[k], count, zone, [zone](int i) { return zone(i) * zone(i); });
+    }
+    Add(light, count, value(rows[6]), value(rows[7]));
   }
 };
 
@@ -338,9 +319,9 @@ void MakeMixture(const Sums& sums, int64_t pixels, float* response) {
   };
   float means[qv::kZones], spread[qv::kZones], total = 0.0f;
   for (int k = 0; k < qv::kZones; k++) {
-    means[k] = mean(sums.zones[k].value);
+    means[k] = mean(sums.zones[k].first);
     const float square = means[k] * means[k];
-    const float variance = mean(sums.zones[k].square) - square;
+    const float variance = mean(sums.zones[k].second) - square;
     spread[k] = variance > square * kRounding ? std::sqrt(variance) : 0.0f;
     total = total + spread[k];
   }
@@ -349,7 +330,7 @@ void MakeMixture(const Sums& sums, int64_t pixels, float* response) {
     weights[k] = total > 0.0f ? kPureLuma[k] * spread[k] : kPureLuma[k];
     weighted = weighted + means[k] * weights[k];
   }
-  const float colored = mean(sums.luma.value) - mean(sums.gray.value);
+  const float colored = mean(sums.light.first) - mean(sums.light.second);
   const float scale = weighted > 0.0f ? colored / weighted : 0.0f;
   for (int k = 0; k < qv::kZones; k++) response[k] = weights[k] * scale - kPlain[k];
 }
@@ -379,13 +360,12 @@ int QVEffectsBlackWhite(__QVImage* src, __QVImage* dst, QVRect rect, int mode) {
   return Call(src, dst, 1, [&]<class T>() {
     const int colors = Colors(dst);
     if (mode == kQVBlackWhiteLuma) {
-      MapImage<T>(src, dst, rect,
-                  [=](Strip& strip, int pixels) { MakeLuma<T>(strip, colors, pixels); });
+      MapAll<T>(src, dst, rect,
+                [=](Strip& strip, int pixels) { MakeLuma<T>(strip, colors, pixels); });
     } else if (mode == kQVBlackWhiteMean) {
-      MapImage<T>(src, dst, rect,
-                  [=](Strip& strip, int pixels) { MakeMean(strip, colors, pixels); });
+      MapAll<T>(src, dst, rect, [=](Strip& strip, int pixels) { MakeMean(strip, colors, pixels); });
     } else if (QVImageGetTransparency(dst) != 0) {
-      MapImage<T>(src, dst, rect, [](Strip&, int) {});
+      MapAll<T>(src, dst, rect, [](Strip&, int) {});
     }
   });
 }
@@ -400,7 +380,7 @@ int QVEffectsChannelMixer(__QVImage* src, __QVImage* dst, QVRect rect, float rr,
           Held(c.x * r, -kMax, kMax) + Held(c.y * g, -kMax, kMax) + Held(c.z * b, -kMax, kMax);
       return Held(sum, 0.0f, kMax);
     };
-    MapImage<T>(src, dst, rect, [=](Strip& strip, int pixels) {
+    MapThree<T>(src, dst, rect, [=](Strip& strip, int pixels) {
       MapColors(strip, pixels, [=](Color3 c) {
         return Color3{mixed(c, rr, rg, rb), mixed(c, gr, gg, gb), mixed(c, br, bg, bb)};
       });
@@ -414,7 +394,7 @@ int QVEffectsColorFilter(__QVImage* src, __QVImage* dst, QVRect rect, float r, f
     const float sum = r + g + b;
     const float weights[3] = {r / sum, g / sum, b / sum};
     const int colors = std::min(Colors(dst), 3);
-    MapImage<T>(src, dst, rect,
+    MapThree<T>(src, dst, rect,
                 [&](Strip& strip, int pixels) { Filter(strip, weights, colors, pixels); });
   });
 }
@@ -436,10 +416,12 @@ int QVEffectsBlackAndWhite(__QVImage* src, __QVImage* dst, QVRect rect, __QVImag
     const Color3 color = qv::HsbToRgb({hue, 1.0f, 1.0f});
     const float sum = color.x + color.y + color.z;
     const auto weight = [sum](float part) { return part / sum / qv::Sample<T>::kMax; };
-    const Tone tone = toneColor ? Tone({toneColor[0], toneColor[1], toneColor[2]}, toneAmount)
-                                : Tone({0.0f, 0.0f, 0.0f}, 0.0f);
-    const Film film = {
-        {weight(color.x), weight(color.y), weight(color.z)}, contrast, grainAmount, tone};
+    const Color3 tone =
+        toneColor ? Color3{toneColor[0], toneColor[1], toneColor[2]} : Color3{0.0f, 0.0f, 0.0f};
+    const Film film = {{weight(color.x), weight(color.y), weight(color.z)},
+                       contrast,
+                       grainAmount,
+                       {qv::Tone(tone), toneColor ? toneAmount : 0.0f}};
     if (hasGrain) {
       Grain tile(grain, loadGrain);
       ExposeImage<T>(src, dst, rect, film, &tile);
@@ -469,7 +451,7 @@ int QVEffectsBlackAndWhiteColorResponse(__QVImage* src, __QVImage* dst, QVRect r
       const float gray = Held(sum, 0.0f, kMax);
       return Color3{gray, gray, gray};
     };
-    MapImage<T>(src, dst, rect, [&](Strip& strip, int pixels) {
+    MapThree<T>(src, dst, rect, [&](Strip& strip, int pixels) {
       if (filter) MapColors(strip, pixels, filtered);
       MapColors(strip, pixels, answer);
     });

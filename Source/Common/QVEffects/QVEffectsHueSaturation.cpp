@@ -9,6 +9,8 @@ namespace {
 
 constexpr const char* kSource = "Source/Common/QVEffects/QVEffectsHueSaturation";
 constexpr const char* kDesaturateSource = "Source/Common/QVEffects/QVEffectsDesaturate";
+// Where an unknown failure of any of these effects is logged.
+constexpr qv::Where kUnknownFailure = {kDesaturateSource, 60};
 
 using qv::Color3;
 using qv::Strip;
@@ -54,10 +56,10 @@ int CheckSource(__QVImage* src, __QVImage* dst) {
 
 template <class Formula>
 int Change(__QVImage* src, __QVImage* dst, QVRect rect, Formula formula) {
-  return qv::Guard(kSource, kQVStatusUnknown, [&] {
+  return qv::Guard(kUnknownFailure, kQVStatusUnknown, [&] {
     return qv::DispatchDepth(QVImageGetDepth(src), [&]<class T>() -> int {
       if (!qv::CanWalkColors(src, dst)) return kQVStatusUnsupported;
-      qv::WalkColors<T>(kSource, src, dst, MakeVRect(rect), qv::FurtherPlanes::kOfDst,
+      qv::WalkColors<T>(kSource, src, dst, MakeVRect(rect), qv::WithTransparency(src),
                         qv::ChangeColors(formula));
       return kQVStatusSuccess;
     });
@@ -122,7 +124,7 @@ int QVEffectsDesaturate(__QVImage* src, __QVImage* dst, QVRect rect, QVBlendMode
                         float amount) {
   if (const int status = CheckSource(src, dst)) return status;
   if (amount <= 0.0f) return Copy(src, dst, rect);
-  return qv::Guard({kDesaturateSource, 60}, kQVStatusUnknown, [&] {
+  return qv::Guard(kUnknownFailure, kQVStatusUnknown, [&] {
     return qv::DispatchDepth(QVImageGetPlaneBytes(src) * 8, [&]<class T>() -> int {
       return Desaturate<T>(src, dst, MakeVRect(rect), mode, amount);
     });

@@ -19,37 +19,7 @@ Color3 ColorOf(const float* color) { return {color[0], color[1], color[2]}; }
 
 // ---- Toner
 
-// The tone colour less its gray follows luma up to its own; above, white is added, and where that
-// doesn't suffice the tone gives way.
-struct Toner {
-  Color3 tone = {1.0f, 1.0f, 1.0f};
-  float luma = 1.0f, span = 1.0f;
-  float toLuma, toRest;  // reciprocals
-
-  explicit Toner(const float* color) {
-    const float low = std::min(color[0], std::min(color[1], color[2]));
-    const float high = std::max(color[0], std::max(color[1], color[2]));
-    if (low < high) {
-      tone = {color[0] - low, color[1] - low, color[2] - low};
-      luma = qv::Luma(tone.x, tone.y, tone.z);
-      span = high - low;
-    }
-    toLuma = 1.0f / luma;
-    // Nothing is lighter than a neutral tone, but for rounding and float samples above white.
-    toRest = low < high ? 1.0f / (span - luma) : 0.0f;
-  }
-
-  Color3 operator()(float y) const {
-    const float above = y - luma;
-    const float fading = (1.0f - y) * toRest;
-    const bool isDark = y <= luma, fades = above > 1.0f - span;
-    const float k = isDark ? y * toLuma : (fades ? fading : 1.0f);
-    const float white = isDark ? 0.0f : (fades ? 1.0f - span * fading : above);
-    return {tone.x * k + white, tone.y * k + white, tone.z * k + white};
-  }
-};
-
-auto Toned(Toner toner, float amount) {
+auto Toned(qv::Tone tone, float amount) {
   return [=](Strip& strip, int pixels, UnitScale scale) {
     const float ofPixel = 1.0f - amount, ofTone = amount * scale.max;
     const int count = qv::WholeVectors(pixels);
@@ -57,10 +27,10 @@ auto Toned(Toner toner, float amount) {
     float* __restrict y = strip[1];
     float* __restrict z = strip[2];
     for (int i = 0; i < count; i++) {
-      const Color3 c = toner(qv::Luma(x[i], y[i], z[i]) * scale.toUnit);
-      x[i] = x[i] * ofPixel + c.x * ofTone;
-      y[i] = y[i] * ofPixel + c.y * ofTone;
-      z[i] = z[i] * ofPixel + c.z * ofTone;
+      const auto [strength, white] = tone.At(qv::Luma(x[i], y[i], z[i]) * scale.toUnit);
+      x[i] = x[i] * ofPixel + (tone.color.x * strength + white) * ofTone;
+      y[i] = y[i] * ofPixel + (tone.color.y * strength + white) * ofTone;
+      z[i] = z[i] * ofPixel + (tone.color.z * strength + white) * ofTone;
     }
   };
 }
@@ -147,7 +117,7 @@ struct GradientOver : qv::ColorsOver {
 
 template <class T, class Stage>
 void Walk(__QVImage* src, __QVImage* dst, VRect rect, Stage stage) {
-  qv::WalkColors<T>(kSource, src, dst, rect, qv::FurtherPlanes::kOfDst, stage);
+  qv::WalkColors<T>(kSource, src, dst, rect, qv::WithTransparency(dst), stage);
 }
 
 template <class T>
@@ -186,7 +156,7 @@ int QVEffectsColorize(__QVImage* src, __QVImage* dst, QVRect rect, float hue, fl
     return qv::DispatchDepth(bytes * 8, [&]<class T>() -> int {
       if (!qv::CanWalkColors(src, dst)) return kQVStatusUnsupported;
       const float kept = 1.0f - std::abs(lightness), lift = lightness > 0.0f ? lightness : 0.0f;
-      qv::WalkColors<T>(kColorizeSource, src, dst, MakeVRect(rect), qv::FurtherPlanes::kOfDst,
+      qv::WalkColors<T>(kColorizeSource, src, dst, MakeVRect(rect), qv::WithTransparency(src),
                         qv::ChangeColors([=](Color3 rgb) {
         return qv::HslToRgb({hue, saturation, qv::RgbToHsl(rgb).z * kept + lift});
       }));
@@ -202,7 +172,7 @@ int QVEffectsAddToner(__QVImage* src, __QVImage* dst, QVRect rect, const float* 
   return qv::Guard(kSource, kQVStatusUnknown, [&] {
     return qv::DispatchDepth(QVImageGetDepth(dst), [&]<class T>() -> int {
       if (!qv::CanWalkColors(src, dst)) return kQVStatusUnsupported;
-      Walk<T>(src, dst, MakeVRect(rect), Toned(Toner(color), amount));
+      Walk<T>(src, dst, MakeVRect(rect), Toned(qv::Tone(ColorOf(color)), amount));
       return kQVStatusSuccess;
     });
   });

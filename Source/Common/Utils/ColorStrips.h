@@ -14,9 +14,14 @@ struct UnitScale {
   float toUnit, max;
 };
 
-/// What becomes of the planes after the third where src has no transparency. Where it has, they are
-/// those of src.
+/// What becomes of the planes after the third: they stay, or they are those of src.
 enum class FurtherPlanes { kOfDst, kOfSrc };
+
+/// Transparency is carried over, and further colours with it; without it they stay.
+/// @param asked the image, src or dst, that is asked for transparency.
+inline FurtherPlanes WithTransparency(__QVImage* asked) {
+  return QVImageGetTransparency(asked) == 0 ? FurtherPlanes::kOfDst : FurtherPlanes::kOfSrc;
+}
 
 /// Whether pixels of src and dst are alike, of three colour samples or more, and strips can hold
 /// them.
@@ -34,31 +39,32 @@ void LoadFurther(const T* row, int planes, int pixels, Strip& strip) {
   }
 }
 
+struct Nothing {
+  void operator()() const {}
+};
+
 /// Walks a rectangle of src and dst, images of the same pixels of type T that strips can hold.
-/// @param stage stage(strip, pixels, scale): changes the first three planes, which hold samples on
-///              their own scale.
-template <class T, class Stage>
+/// @param stage stage(strip, pixels, scale): changes planes, which hold samples on their own scale;
+///              the first three alone where further ones stay.
+/// @param begin called before each row.
+template <class T, class Stage, class Begin = Nothing>
 void WalkColors(Where where, __QVImage* src, __QVImage* dst, VRect rect, FurtherPlanes further,
-                Stage&& stage) {
+                Stage&& stage, Begin begin = {}) {
   constexpr UnitScale kScale = {Sample<T>::kToUnit, Sample<T>::kMax};
   const int planes = QVImageGetNumPlanes(dst);
-  const bool keeps =
-      further == FurtherPlanes::kOfDst && planes > 3 && QVImageGetTransparency(src) == 0;
+  const bool keeps = further == FurtherPlanes::kOfDst && planes > 3;
   Strip strip;
   WalkRows(where, {ToRead(src), keeps ? ToReadWrite(dst) : ToWrite(dst)}, rect,
            [&](void** rows, int width, RowCopier& copier) {
-    const T* in = static_cast<const T*>(rows[0]);
-    T* out = static_cast<T*>(rows[1]);
-    while (width > 0) {
-      const int pixels = std::min(width, kStripPixels);
-      LoadUnscaled<T>(in, planes, pixels, strip);
+    begin();
+    EachStrip(width, [&](int64_t x, int pixels) {
+      const int64_t first = x * planes;
+      LoadUnscaled<T>(static_cast<const T*>(rows[0]) + first, planes, pixels, strip);
       stage(strip, pixels, kScale);
+      T* out = static_cast<T*>(rows[1]) + first;
       if (keeps) LoadFurther(out, planes, pixels, strip);
       StoreSamples<T>(copier, out, planes, pixels, strip);
-      in += ptrdiff_t{pixels} * planes;
-      out += ptrdiff_t{pixels} * planes;
-      width -= pixels;
-    }
+    });
   });
 }
 

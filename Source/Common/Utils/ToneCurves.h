@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The curves behind brightness, contrast and balance: what they are made of is computed once, from
-// their parameter; each leaves 0 and 1 where they are.
+// The curves behind brightness, contrast and balance, and toning: what they are made of is computed
+// once, from their parameter; each leaves 0 and 1 where they are.
 #pragma once
 
 #include <cmath>
@@ -81,6 +81,40 @@ struct RisingCurve {
   float operator()(float x) const {
     const double root = std::sqrt(static_cast<double>(x * (4.0f * w) + k * k));
     return static_cast<float>((root - static_cast<double>(k)) / static_cast<double>(2.0f * w));
+  }
+};
+
+/// A colour less its gray that takes the place of a gray without changing its luma: up to the
+/// colour's own luma there is ever more of it; above, white is added, and where that doesn't
+/// suffice the colour gives way.
+struct Tone {
+  Color3 color = {1.0f, 1.0f, 1.0f};
+  float luma = 1.0f, span = 1.0f;
+  float toLuma, toRest;  // reciprocals
+
+  struct Share {
+    float strength, white;
+  };
+
+  explicit Tone(Color3 whole) {
+    const float low = Smallest(whole), high = Largest(whole);
+    if (low < high) {
+      color = {whole.x - low, whole.y - low, whole.z - low};
+      luma = Luma(color.x, color.y, color.z);
+      span = high - low;
+    }
+    toLuma = 1.0f / luma;
+    // Nothing is lighter than a neutral tone, but for rounding and float samples above white.
+    toRest = low < high ? 1.0f / (span - luma) : 0.0f;
+  }
+
+  /// How much of the colour and of white a gray becomes.
+  Share At(float y) const {
+    const float above = y - luma;
+    const float fading = (1.0f - y) * toRest;
+    const bool isDark = y <= luma, fades = above > 1.0f - span;
+    return {isDark ? y * toLuma : (fades ? fading : 1.0f),
+            isDark ? 0.0f : (fades ? 1.0f - span * fading : above)};
   }
 };
 
