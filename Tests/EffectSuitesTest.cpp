@@ -148,6 +148,24 @@ TEST_P(EffectSuite, Parts) {
   EXPECT_EQ(matters, isHard);
 }
 
+// What is large enough to be written around the caches has the bits of its parts, which aren't.
+TEST_P(EffectSuite, LargeImages) {
+  constexpr int kBytes = 9 << 20, kHeight = 301, kBand = 43;
+  const std::vector<EffectRun> runs = test::RunsOf(Effect());
+  const auto isThree = [](const EffectRun& run) { return run.form.planes == 3; };
+  const auto chosen = std::ranges::find_if(runs, isThree);
+  const EffectRun& run = chosen == runs.end() ? runs[0] : *chosen;
+  const QVRect bounds = {-3, 5, kBytes / kHeight / run.DstForm().ColBytes(), kHeight};
+  TestImage src(bounds, run.form, Residency::kMemory, 1);
+  TestImage whole(bounds, run.DstForm(), Residency::kMemory, 2);
+  TestImage parts(bounds, run.DstForm(), Residency::kMemory, 2);
+  ASSERT_EQ(run(src, whole, {-2, 5, bounds.width - 1, kHeight}), kQVStatusSuccess) << run;
+  for (int y = 0; y < kHeight; y += kBand) {
+    ASSERT_EQ(run(src, parts, {-2, 5 + y, bounds.width - 1, kBand}), kQVStatusSuccess) << run;
+  }
+  EXPECT_TRUE(whole.Bytes() == parts.Bytes()) << run;
+}
+
 bool IsKnown(int status) {
   return catalog::StatusMeaning(status) != catalog::StatusMeaning(-12345);
 }

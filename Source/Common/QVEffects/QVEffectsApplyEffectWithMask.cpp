@@ -50,7 +50,7 @@ struct Strips {
 // Mixes samples on their own scale. @param share the effect's, for each pixel.
 template <class T>
 void MixStrip(const T* base, const T* effect, T* out, int planes, int pixels, const float* share,
-              Strips& strips) {
+              Strips& strips, qv::RowCopier& copier) {
   qv::LoadUnscaled<T>(base, planes, pixels, strips.base);
   qv::LoadUnscaled<T>(effect, planes, pixels, strips.effect);
   for (int c = 0; c < planes; c++) {
@@ -58,7 +58,7 @@ void MixStrip(const T* base, const T* effect, T* out, int planes, int pixels, co
     const float* __restrict over = strips.effect[c];
     for (int i = 0; i < pixels; i++) mixed[i] = Mixed(mixed[i], over[i], share[i]);
   }
-  qv::StoreSamples<T>(out, planes, pixels, strips.base);
+  qv::StoreSamples<T>(copier, out, planes, pixels, strips.base);
 }
 
 template <class T>
@@ -69,7 +69,7 @@ void ApplyRows(__QVImage* base, __QVImage* effect, __QVImage* mask, __QVImage* d
   Strips strips;
   qv::WalkRows(kSource,
                {qv::ToRead(base), qv::ToRead(effect), qv::ToReadIfThere(mask), qv::ToWrite(dst)},
-               rect, [&](void** rows, int pixels) {
+               rect, [&](void** rows, int pixels, qv::RowCopier& copier) {
     const T* from = static_cast<const T*>(rows[0]);
     const T* over = static_cast<const T*>(rows[1]);
     const T* maskRow = static_cast<const T*>(rows[2]);
@@ -79,14 +79,14 @@ void ApplyRows(__QVImage* base, __QVImage* effect, __QVImage* mask, __QVImage* d
       // All samples alike, as if each were a pixel.
       std::fill_n(share, qv::kStripPixels, half);
       return qv::EachStrip(int64_t{pixels} * planes, [&](int64_t x, int count) {
-        MixStrip(from + x, over + x, out + x, 1, count, share, strips);
+        MixStrip(from + x, over + x, out + x, 1, count, share, strips, copier);
       });
     }
     qv::EachStrip(pixels, [&](int64_t x, int count) {
       qv::LoadMask(qv::LoadSamples<T>, maskRow + x, 1, count, sense, strips.mask);
       for (int i = 0; i < count; i++) share[i] = qv::HeldToUnit(share[i] - kNeutral + half);
       const int64_t first = x * planes;
-      MixStrip(from + first, over + first, out + first, planes, count, share, strips);
+      MixStrip(from + first, over + first, out + first, planes, count, share, strips, copier);
     });
   });
 }
@@ -118,7 +118,7 @@ void ApplyRowsInZones(__QVImage* base, __QVImage* effect, __QVImage* mask, __QVI
   Strips strips;
   qv::WalkRows(kSource,
                {qv::ToRead(base), qv::ToRead(effect), qv::ToReadIfThere(mask), qv::ToWrite(dst)},
-               rect, [&](void** rows, int pixels) {
+               rect, [&](void** rows, int pixels, qv::RowCopier& copier) {
     const T* maskRow = static_cast<const T*>(rows[2]);
     if (!maskRow) std::fill_n(strips.mask[0], qv::kStripPixels, kNeutral);
     qv::EachStrip(pixels, [&](int64_t x, int count) {
@@ -129,7 +129,7 @@ void ApplyRowsInZones(__QVImage* base, __QVImage* effect, __QVImage* mask, __QVI
         qv::LoadMask(qv::LoadSamples<T>, maskRow + x, 1, count, sense, strips.mask);
       }
       ChangeInZones<T>(strips, count, by);
-      qv::StoreSamples<T>(static_cast<T*>(rows[3]) + first, planes, count, strips.base);
+      qv::StoreSamples<T>(copier, static_cast<T*>(rows[3]) + first, planes, count, strips.base);
     });
   });
 }

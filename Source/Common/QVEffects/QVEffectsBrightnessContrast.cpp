@@ -170,7 +170,7 @@ struct MaskedRow {
         planes(QVImageGetNumPlanes(image)),
         colors(planes - QVImageGetTransparency(image)) {}
 
-  void operator()(const T* in, const T* maskRow, T* out, int pixels) {
+  void operator()(const T* in, const T* maskRow, T* out, int pixels, qv::RowCopier& copier) {
     qv::EachStrip(pixels, [&](int64_t x, int count) {
       const int64_t first = x * planes;
       qv::LoadUnscaled<T>(in + first, planes, count, strip);
@@ -179,7 +179,7 @@ struct MaskedRow {
         if (colors == 3) return Change<3, form>(0, count);
         for (int c = 0; c < colors; c++) Change<1, form>(c, count);
       });
-      qv::StoreSamples<T>(out + first, planes, count, strip);
+      qv::StoreSamples<T>(copier, out + first, planes, count, strip);
     });
   }
 
@@ -219,11 +219,12 @@ void WalkWith(Plain& plain, __QVImage* src, __QVImage* dst, __QVImage* mask, VRe
   MaskedRow<T, Effect> masked(effect, src, mask);
   qv::DispatchLayout(QVImageGetNumPlanes(src), QVImageGetTransparency(src), [&](auto layout) {
     qv::WalkRows(kSource, {qv::ToRead(src), qv::ToWrite(dst), qv::ToReadIfThere(mask)}, rect,
-                 [&](void** rows, int pixels) {
+                 [&](void** rows, int pixels, qv::RowCopier& copier) {
       const T* in = static_cast<const T*>(rows[0]);
       const T* maskRow = static_cast<const T*>(rows[2]);
       T* out = static_cast<T*>(rows[1]);
-      maskRow ? masked(in, maskRow, out, pixels) : qv::MapRow(in, out, pixels, layout, plain);
+      maskRow ? masked(in, maskRow, out, pixels, copier)
+              : qv::MapRow(in, out, pixels, layout, plain, copier);
     });
   });
 }

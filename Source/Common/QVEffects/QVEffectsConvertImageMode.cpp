@@ -79,7 +79,7 @@ struct Strips {
 
 template <class T>
 void ConvertRow(const T* from, int fromPlanes, T* to, int toPlanes, int pixels, const Mode& mode,
-                Strips& strips) {
+                Strips& strips, qv::RowCopier& copier) {
   constexpr Scale kScale = {qv::Sample<T>::kToUnit, qv::Sample<T>::kMax};
   auto& [in, out] = strips;
   while (pixels > 0) {
@@ -87,7 +87,7 @@ void ConvertRow(const T* from, int fromPlanes, T* to, int toPlanes, int pixels, 
     qv::LoadUnscaled<T>(from, fromPlanes, count, in);
     mode.stage(in, count, kScale, out);
     std::memcpy(out[mode.toColors], in[mode.fromColors], count * sizeof(float));
-    qv::StoreSamples<T>(to, toPlanes, count, out);
+    qv::StoreSamples<T>(copier, to, toPlanes, count, out);
     from += ptrdiff_t{count} * fromPlanes;
     to += ptrdiff_t{count} * toPlanes;
     pixels -= count;
@@ -101,9 +101,10 @@ int ConvertImage(__QVImage* src, __QVImage* dst, VRect rect, const Mode& mode) {
   Strips strips;
   // Stays where the source has no transparency that overwrites it.
   std::fill_n(strips.in[mode.fromColors], qv::kStripPixels, qv::Sample<T>::kMax);
-  qv::WalkRows(kSource, {qv::ToRead(src), qv::ToWrite(dst)}, rect, [&](void** rows, int pixels) {
+  qv::WalkRows(kSource, {qv::ToRead(src), qv::ToWrite(dst)}, rect,
+               [&](void** rows, int pixels, qv::RowCopier& copier) {
     ConvertRow(static_cast<const T*>(rows[0]), fromPlanes, static_cast<T*>(rows[1]), toPlanes,
-               pixels, mode, strips);
+               pixels, mode, strips, copier);
   });
   return kQVStatusSuccess;
 }

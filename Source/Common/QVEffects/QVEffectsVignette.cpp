@@ -287,7 +287,7 @@ void MakeLayer(__QVImage* src, __QVImage* dst, VRect rect, const LayerShape& sha
   }
   rect = rect.Intersect(MakeVRect(QVImageGetBounds(dst)));
   int y = rect.top;
-  const auto makeRow = [&](T* out, const T* in, int width) {
+  const auto makeRow = [&](T* out, const T* in, int width, qv::RowCopier& copier) {
     qv::EachStrip(width, [&](int64_t x, int pixels) {
       const ptrdiff_t first = ptrdiff_t{x} * planes;
       if (in) {
@@ -307,17 +307,19 @@ void MakeLayer(__QVImage* src, __QVImage* dst, VRect rect, const LayerShape& sha
           to[i] = half + half;
         }
       }
-      qv::StoreSamples<T>(out + first, planes, pixels, mixed);
+      qv::StoreSamples<T>(copier, out + first, planes, pixels, mixed);
     });
     y++;
   };
   if (layer.blend) {
-    qv::WalkRows(kSource, {qv::ToWrite(dst), qv::ToRead(src)}, rect, [&](void** rows, int width) {
-      makeRow(static_cast<T*>(rows[0]), static_cast<const T*>(rows[1]), width);
+    qv::WalkRows(kSource, {qv::ToWrite(dst), qv::ToRead(src)}, rect,
+                 [&](void** rows, int width, qv::RowCopier& copier) {
+      makeRow(static_cast<T*>(rows[0]), static_cast<const T*>(rows[1]), width, copier);
     });
   } else {
-    qv::WalkRows(kSource, {qv::ToWrite(dst)}, rect, [&](void** rows, int width) {
-      makeRow(static_cast<T*>(rows[0]), nullptr, width);
+    qv::WalkRows(kSource, {qv::ToWrite(dst)}, rect,
+                 [&](void** rows, int width, qv::RowCopier& copier) {
+      makeRow(static_cast<T*>(rows[0]), nullptr, width, copier);
     });
   }
 }
@@ -400,7 +402,8 @@ void MixIn(__QVImage* src, __QVImage* dst, VRect rect, const InShape& shape, flo
   rect = rect.Intersect(MakeVRect(QVImageGetBounds(dst)));
   int y = rect.top;
   const qv::Walked written = keeps ? qv::ToReadWrite(dst) : qv::ToWrite(dst);
-  qv::WalkRows(kSource, {qv::ToRead(src), written}, rect, [&](void** rows, int width) {
+  qv::WalkRows(kSource, {qv::ToRead(src), written}, rect,
+               [&](void** rows, int width, qv::RowCopier& copier) {
     const T* in = static_cast<const T*>(rows[0]);
     T* out = static_cast<T*>(rows[1]);
     qv::EachStrip(width, [&](int64_t x, int pixels) {
@@ -409,7 +412,7 @@ void MixIn(__QVImage* src, __QVImage* dst, VRect rect, const InShape& shape, flo
       const bool any = shape(rect.left + x, y, pixels, strengths);
       // Strength 0 leaves an integer as it is; a float may be infinite or NaN.
       if (std::is_integral_v<T> && !any && !keeps) {
-        std::memmove(out + first, in + first, sizeof(T) * pixels * planes);
+        copier.Copy(out + first, in + first, sizeof(T) * pixels * planes);
         return;
       }
       qv::LoadSamples<T>(in + first, planes, pixels, lower);
@@ -425,7 +428,7 @@ void MixIn(__QVImage* src, __QVImage* dst, VRect rect, const InShape& shape, flo
         }
       }
       if (keeps) qv::LoadFurther<T>(out + first, planes, pixels, lower);
-      qv::StoreSamples<T>(out + first, planes, pixels, lower);
+      qv::StoreSamples<T>(copier, out + first, planes, pixels, lower);
     });
     y++;
   });

@@ -176,11 +176,11 @@ void WalkRows(Where where, const Walked (&images)[kImages], VRect rect, Row&& ro
 }
 
 /// Takes the pixels of a row from `from` to `to` by row(in, out, pixels, layout). Where the two
-/// overlap, `row` works into a chunk, so that its pointers never do.
+/// overlap, `row` works into a chunk, so that its pointers never do, and where the copier streams.
 template <class T, class Layout, class Row>
-void MapRow(const T* from, T* to, int pixels, Layout layout, Row& row) {
+void MapRow(const T* from, T* to, int pixels, Layout layout, Row& row, RowCopier& copier) {
   const size_t bytes = static_cast<size_t>(pixels) * layout.planes * sizeof(T);
-  if (!Overlap(from, to, bytes)) return row(from, to, pixels, layout);
+  if (!copier.Streams() && !Overlap(from, to, bytes)) return row(from, to, pixels, layout);
 
   alignas(64) T chunk[kChunkBytes / sizeof(T)];
   const int most = static_cast<int>(kChunkBytes / sizeof(T)) / layout.planes;  // at least 1
@@ -188,7 +188,7 @@ void MapRow(const T* from, T* to, int pixels, Layout layout, Row& row) {
     const int count = std::min(left, most);
     const size_t samples = static_cast<size_t>(count) * layout.planes;
     row(from, chunk, count, layout);
-    std::memcpy(to, chunk, samples * sizeof(T));
+    copier.Copy(to, chunk, samples * sizeof(T));
     from += samples;
     to += samples;
   }
@@ -200,8 +200,9 @@ void MapRow(const T* from, T* to, int pixels, Layout layout, Row& row) {
 template <class T, class Row>
 int MapRows(Where where, __QVImage* src, __QVImage* dst, VRect rect, Row row) {
   DispatchLayout(QVImageGetNumPlanes(dst), QVImageGetTransparency(dst), [&](auto layout) {
-    WalkRows(where, {ToRead(src), ToWrite(dst)}, rect, [&](void** rows, int pixels) {
-      MapRow(static_cast<const T*>(rows[0]), static_cast<T*>(rows[1]), pixels, layout, row);
+    WalkRows(where, {ToRead(src), ToWrite(dst)}, rect,
+             [&](void** rows, int pixels, RowCopier& copier) {
+      MapRow(static_cast<const T*>(rows[0]), static_cast<T*>(rows[1]), pixels, layout, row, copier);
     });
   });
   return kQVStatusSuccess;

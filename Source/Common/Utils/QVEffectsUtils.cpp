@@ -106,13 +106,14 @@ void PutLuminosity(__QVImage* source, __QVImage* destination, __QVImage* luminos
   qv::DispatchRGBLayout(QVImageGetNumPlanes(destination), QVImageGetTransparency(destination),
                         [&](auto layout) {
     qv::WalkRows(kSource, {qv::ToRead(source), qv::ToWrite(destination), qv::ToRead(luminosity)},
-                 rect, [&](void** rows, int pixels) {
+                 rect, [&](void** rows, int pixels, qv::RowCopier& copier) {
       auto row = [lit = static_cast<const T*>(rows[2])](const T* in, T* out, int count,
                                                         auto fixed) mutable {
         LuminosityRow(in, lit, out, count, fixed);
         lit += count;
       };
-      qv::MapRow(static_cast<const T*>(rows[0]), static_cast<T*>(rows[1]), pixels, layout, row);
+      qv::MapRow(static_cast<const T*>(rows[0]), static_cast<T*>(rows[1]), pixels, layout, row,
+                 copier);
     });
   });
 }
