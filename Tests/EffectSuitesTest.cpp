@@ -152,18 +152,22 @@ TEST_P(EffectSuite, Parts) {
 TEST_P(EffectSuite, LargeImages) {
   constexpr int kBytes = 9 << 20, kHeight = 301, kBand = 43;
   const std::vector<EffectRun> runs = test::RunsOf(Effect());
-  const auto isThree = [](const EffectRun& run) { return run.form.planes == 3; };
-  const auto chosen = std::ranges::find_if(runs, isThree);
-  const EffectRun& run = chosen == runs.end() ? runs[0] : *chosen;
-  const QVRect bounds = {-3, 5, kBytes / kHeight / run.DstForm().ColBytes(), kHeight};
-  TestImage src(bounds, run.form, Residency::kMemory, 1);
-  TestImage whole(bounds, run.DstForm(), Residency::kMemory, 2);
-  TestImage parts(bounds, run.DstForm(), Residency::kMemory, 2);
-  ASSERT_EQ(run(src, whole, {-2, 5, bounds.width - 1, kHeight}), kQVStatusSuccess) << run;
-  for (int y = 0; y < kHeight; y += kBand) {
-    ASSERT_EQ(run(src, parts, {-2, 5 + y, bounds.width - 1, kBand}), kQVStatusSuccess) << run;
+  for (const auto& [depth, transparency] : {std::pair{16, 1}, {32, 0}}) {
+    const auto chosen = std::ranges::find_if(runs, [&](const EffectRun& run) {
+      return run.form.depth == depth && run.form.transparency == transparency;
+    });
+    if (chosen == runs.end()) continue;
+    const EffectRun& run = *chosen;
+    const QVRect bounds = {-3, 5, kBytes / kHeight / run.DstForm().ColBytes(), kHeight};
+    TestImage src(bounds, run.form, Residency::kMemory, 1);
+    TestImage whole(bounds, run.DstForm(), Residency::kMemory, 2);
+    TestImage parts(bounds, run.DstForm(), Residency::kMemory, 2);
+    ASSERT_EQ(run(src, whole, {-2, 5, bounds.width - 1, kHeight}), kQVStatusSuccess) << run;
+    for (int y = 0; y < kHeight; y += kBand) {
+      ASSERT_EQ(run(src, parts, {-2, 5 + y, bounds.width - 1, kBand}), kQVStatusSuccess) << run;
+    }
+    EXPECT_TRUE(whole.Bytes() == parts.Bytes()) << run;
   }
-  EXPECT_TRUE(whole.Bytes() == parts.Bytes()) << run;
 }
 
 bool IsKnown(int status) {

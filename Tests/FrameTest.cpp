@@ -4,14 +4,20 @@
 
 #include <bit>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <new>
 #include <stdexcept>
+#include <vector>
 
 #include "CaughtLog.h"
+#include "TestImage.h"
 #include "Utils/EffectFrame.h"
+#include "Utils/QVEffectsUtils.h"
 
 namespace {
+
+using test::TestImage;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
@@ -50,6 +56,44 @@ TEST(FloatSamples, StayAsTheyAre) {
     EXPECT_EQ(std::bit_cast<uint32_t>(qv::ToUnit(value)), bits);
     EXPECT_EQ(std::bit_cast<uint32_t>(qv::FromUnit<float>(value)), bits);
   }
+}
+
+// Large results go around the caches, unless they're read in the same walk or go through buffers.
+TEST(Walk, StreamsWhatIsLargeAndItsOwn) {
+  constexpr QVRect kBounds = {0, 0, 1500, 1500}, kSmall = {10, 10, 500, 500};
+  TestImage src(kBounds, {32, 1, 0}), dst(kBounds, {32, 1, 0});
+  TestImage behind(kBounds, {32, 1, 0}, test::Residency::kCallbacks);
+  qv::ImageRef alias;
+  ASSERT_EQ(QVImageCreateWithBuffer(kBounds, 32, 1, kQVColorSpaceGray, 0, src.Address(0, 0),
+                                    src.Stride(), alias.Receive()),
+            kQVStatusSuccess);
+  const auto streams = [](std::initializer_list<qv::Walked> list, QVRect rect) {
+    const std::vector<qv::Walked> images = list;
+    std::vector<QVImageAccess> accesses(images.size());
+    std::vector<void*> rows(images.size());
+    bool result = false;
+    qv::WalkRows("", images, accesses.data(), rows.data(), MakeVRect(rect),
+                 [&](void**, int, qv::RowCopier& copier) { result = copier.Streams(); });
+    return result;
+  };
+  EXPECT_TRUE(streams({qv::ToRead(src), qv::ToWrite(dst)}, kBounds));
+  EXPECT_TRUE(streams({qv::ToWrite(dst)}, kBounds));
+  EXPECT_FALSE(streams({qv::ToRead(src), qv::ToWrite(dst)}, kSmall));
+  EXPECT_FALSE(streams({qv::ToRead(src), qv::ToReadWrite(dst)}, kBounds));
+  EXPECT_FALSE(streams({qv::ToRead(src), qv::ToWrite(src)}, kBounds));
+  EXPECT_FALSE(streams({qv::ToRead(alias), qv::ToWrite(src)}, kBounds));
+  EXPECT_FALSE(streams({qv::ToRead(src), qv::ToWrite(behind)}, kBounds));
+}
+
+TEST(Copier, LeavesWhatOverlapsAsMoved) {
+  std::vector<unsigned char> bytes(3000), expected;
+  for (size_t i = 0; i < bytes.size(); i++) bytes[i] = static_cast<unsigned char>(i * 7 + i / 256);
+  expected = bytes;
+  std::memmove(&expected[100], expected.data(), 2500);
+  qv::RowCopier copier(size_t{16} << 20);
+  ASSERT_TRUE(copier.Streams());
+  copier.Copy(&bytes[100], bytes.data(), 2500);
+  EXPECT_TRUE(bytes == expected);
 }
 
 TEST(Dispatch, GivesTypeAndLayout) {

@@ -337,14 +337,12 @@ void MakeMixture(const Sums& sums, int64_t pixels, float* response) {
 
 // ---- Calls
 
-int Colors(__QVImage* image) { return QVImageGetNumPlanes(image) - QVImageGetTransparency(image); }
-
 // Tests the images and calls map<T>().
 template <class Map>
 int Call(__QVImage* src, __QVImage* dst, int leastColors, Map&& map) {
   return qv::Guard(kSource, kQVStatusUnknown, [&] {
     return qv::DispatchDepth(QVImageGetPlaneBytes(src) * 8, [&]<class T>() -> int {
-      if (!qv::HaveSamePixels(src, dst) || !qv::FitsPlanes(dst) || Colors(dst) < leastColors) {
+      if (!qv::HaveSamePixels(src, dst) || !qv::FitsPlanes(dst) || qv::Colors(dst) < leastColors) {
         return kQVStatusUnsupported;
       }
       map.template operator()<T>();
@@ -358,7 +356,7 @@ int Call(__QVImage* src, __QVImage* dst, int leastColors, Map&& map) {
 int QVEffectsBlackWhite(__QVImage* src, __QVImage* dst, QVRect rect, int mode) {
   if (!src || !dst) return kQVStatusBadArgument;
   return Call(src, dst, 1, [&]<class T>() {
-    const int colors = Colors(dst);
+    const int colors = qv::Colors(dst);
     if (mode == kQVBlackWhiteLuma) {
       MapAll<T>(src, dst, rect,
                 [=](Strip& strip, int pixels) { MakeLuma<T>(strip, colors, pixels); });
@@ -393,7 +391,7 @@ int QVEffectsColorFilter(__QVImage* src, __QVImage* dst, QVRect rect, float r, f
   return Call(src, dst, 1, [&]<class T>() {
     const float sum = r + g + b;
     const float weights[3] = {r / sum, g / sum, b / sum};
-    const int colors = std::min(Colors(dst), 3);
+    const int colors = std::min(qv::Colors(dst), 3);
     MapThree<T>(src, dst, rect,
                 [&](Strip& strip, int pixels) { Filter(strip, weights, colors, pixels); });
   });
@@ -416,8 +414,7 @@ int QVEffectsBlackAndWhite(__QVImage* src, __QVImage* dst, QVRect rect, __QVImag
     const Color3 color = qv::HsbToRgb({hue, 1.0f, 1.0f});
     const float sum = color.x + color.y + color.z;
     const auto weight = [sum](float part) { return part / sum / qv::Sample<T>::kMax; };
-    const Color3 tone =
-        toneColor ? Color3{toneColor[0], toneColor[1], toneColor[2]} : Color3{0.0f, 0.0f, 0.0f};
+    const Color3 tone = toneColor ? qv::ColorAt(toneColor) : Color3{};
     const Film film = {{weight(color.x), weight(color.y), weight(color.z)},
                        contrast,
                        grainAmount,
@@ -437,7 +434,7 @@ int QVEffectsBlackAndWhiteColorResponse(__QVImage* src, __QVImage* dst, QVRect r
   if (QVImageGetColorSpaceType(src) != kQVColorSpaceRGB) return kQVStatusUnsupported;
   return Call(src, dst, 3, [&]<class T>() {
     constexpr float kMax = qv::Sample<T>::kMax;
-    const Color3 over = filter ? Color3{filter[0], filter[1], filter[2]} : Color3{};
+    const Color3 over = filter ? qv::ColorAt(filter) : Color3{};
     const auto filtered = [over](Color3 c) {
       return Color3{OverlaidWith<T>(c.x, over.x), OverlaidWith<T>(c.y, over.y),
                     OverlaidWith<T>(c.z, over.z)};
@@ -460,7 +457,7 @@ int QVEffectsBlackAndWhiteColorResponse(__QVImage* src, __QVImage* dst, QVRect r
 
 int QVEffectsBlackAndWhiteColorResponseGetAutoMixture(__QVImage* image, float* response) {
   if (!image || !response) return kQVStatusBadArgument;
-  if (!qv::FitsPlanes(image) || Colors(image) < 3) return kQVStatusUnsupportedOlder;
+  if (!qv::FitsPlanes(image) || qv::Colors(image) < 3) return kQVStatusUnsupportedOlder;
   return qv::Guard(kSource, kQVStatusUnknown, [&] {
     Sums sums;
     const int status = qv::DispatchDepth(QVImageGetPlaneBytes(image) * 8, [&]<class T>() {

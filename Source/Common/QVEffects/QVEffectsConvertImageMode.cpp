@@ -81,17 +81,13 @@ template <class T>
 void ConvertRow(const T* from, int fromPlanes, T* to, int toPlanes, int pixels, const Mode& mode,
                 Strips& strips, qv::RowCopier& copier) {
   constexpr Scale kScale = {qv::Sample<T>::kToUnit, qv::Sample<T>::kMax};
-  auto& [in, out] = strips;
-  while (pixels > 0) {
-    const int count = std::min(pixels, qv::kStripPixels);
-    qv::LoadUnscaled<T>(from, fromPlanes, count, in);
+  Strip &in = strips.in, &out = strips.out;
+  qv::EachStrip(pixels, [&](int64_t x, int count) {
+    qv::LoadUnscaled<T>(from + x * fromPlanes, fromPlanes, count, in);
     mode.stage(in, count, kScale, out);
     std::memcpy(out[mode.toColors], in[mode.fromColors], count * sizeof(float));
-    qv::StoreSamples<T>(copier, to, toPlanes, count, out);
-    from += ptrdiff_t{count} * fromPlanes;
-    to += ptrdiff_t{count} * toPlanes;
-    pixels -= count;
-  }
+    qv::StoreSamples<T>(copier, to + x * toPlanes, toPlanes, count, out);
+  });
 }
 
 template <class T>

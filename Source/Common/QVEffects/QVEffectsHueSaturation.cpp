@@ -47,7 +47,7 @@ int Copy(__QVImage* src, __QVImage* dst, QVRect rect) {
   return CopyImage(src, dst, MakeVRect(rect), QVPointMake(0, 0));
 }
 
-// Whether the source isn't refused before anything is looked at.
+// The status of a source that is refused before anything else is looked at, or success.
 int CheckSource(__QVImage* src, __QVImage* dst) {
   if (!src || !dst) return kQVStatusBadArgument;
   return QVImageGetColorSpaceType(src) == kQVColorSpaceRGB ? kQVStatusSuccess

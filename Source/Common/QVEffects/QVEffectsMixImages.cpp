@@ -34,7 +34,8 @@ struct Counts {
 // ---- Rows
 
 template <class T>
-void MixRow(const T* a, const T* b, T* out, int64_t samples, float ofA, float ofB) {
+void MixRow(const T* a, const T* b, T* out, int64_t samples, float ofA, float ofB,
+            qv::RowCopier& copier) {
   Strip as, bs;
   qv::EachStrip(samples, [&](int64_t x, int count) {
     qv::LoadUnscaled<T>(a + x, 1, count, as);
@@ -42,13 +43,13 @@ void MixRow(const T* a, const T* b, T* out, int64_t samples, float ofA, float of
     float* __restrict sum = as[0];
     const float* __restrict other = bs[0];
     for (int i = 0; i < count; i++) sum[i] = Held<T>(other[i] * ofB + sum[i] * ofA);
-    qv::StoreSamples<T>(out + x, 1, count, as);
+    qv::StoreSamples<T>(copier, out + x, 1, count, as);
   });
 }
 
 template <class T>
 void MultiplyRow(std::span<void*> masks, T* out, int pixels, const qv::MaskSense* senses,
-                 qv::MaskSense ofResult) {
+                 qv::MaskSense ofResult, qv::RowCopier& copier) {
   Strip mask, product;
   float* __restrict p = product[0];
   const float* __restrict m = mask[0];
@@ -61,7 +62,7 @@ void MultiplyRow(std::span<void*> masks, T* out, int pixels, const qv::MaskSense
       for (int i = 0; i < count; i++) p[i] = p[i] * m[i];
     }
     for (int i = 0; i < count; i++) p[i] = ofResult(p[i]) * qv::Sample<T>::kMax;
-    qv::StoreSamples<T>(out + x, 1, count, product);
+    qv::StoreSamples<T>(copier, out + x, 1, count, product);
   });
 }
 
@@ -138,9 +139,9 @@ void Multiply(std::span<__QVImage* const> masks, __QVImage* dst, VRect rect) {
   std::vector<QVImageAccess> accesses(walked.size());
   std::vector<void*> addresses(walked.size());
   qv::WalkRows(kSource, walked, accesses.data(), addresses.data(), rect,
-               [&](void** rows, int pixels) {
+               [&](void** rows, int pixels, qv::RowCopier& copier) {
     MultiplyRow<T>({rows, masks.size()}, static_cast<T*>(rows[masks.size()]), pixels, senses.data(),
-                   qv::MaskSense(dst));
+                   qv::MaskSense(dst), copier);
   });
 }
 
@@ -154,9 +155,9 @@ int QVEffectsMixImages(__QVImage* a, __QVImage* b, __QVImage* dst, QVRect rect, 
       if (!qv::HaveSamePixels(a, dst) || !qv::HaveSamePixels(b, dst)) return kQVStatusUnsupported;
       const int planes = QVImageGetNumPlanes(dst);
       qv::WalkRows(kSource, {qv::ToRead(a), qv::ToRead(b), qv::ToWrite(dst)}, MakeVRect(rect),
-                   [&](void** rows, int pixels) {
+                   [&](void** rows, int pixels, qv::RowCopier& copier) {
         MixRow(static_cast<const T*>(rows[0]), static_cast<const T*>(rows[1]),
-               static_cast<T*>(rows[2]), int64_t{pixels} * planes, weightOfA, weightOfB);
+               static_cast<T*>(rows[2]), int64_t{pixels} * planes, weightOfA, weightOfB, copier);
       });
       return kQVStatusSuccess;
     });

@@ -187,12 +187,8 @@ class FilterStrips {
 template <class T>
 void FilterImage(__QVImage* src, __QVImage* dst, VRect rect, const Filter& filter) {
   rect = rect.Intersect(MakeVRect(QVImageGetBounds(dst)));
-  const auto further =
-      QVImageGetTransparency(dst) == 0 ? qv::FurtherPlanes::kOfDst : qv::FurtherPlanes::kOfSrc;
-  qv::WalkColors<T>(kSource, src, dst, rect, further, FilterStrips(filter, rect));
+  qv::WalkColors<T>(kSource, src, dst, rect, qv::WithTransparency(dst), FilterStrips(filter, rect));
 }
-
-Color3 ColorOf(const float* c) { return {c[0], c[1], c[2]}; }
 
 }  // namespace
 
@@ -212,8 +208,8 @@ int QVEffectsPhotoFilter(__QVImage* src, __QVImage* dst, QVRect rect, int type, 
                              saturation,
                              Curve(contrast),
                              Transition(type, center, angleOrRadius, width),
-                             ColorOf(colorA),
-                             HasBoth(type) ? ColorOf(colorB) : Color3{},
+                             qv::ColorAt(colorA),
+                             HasBoth(type) ? qv::ColorAt(colorB) : Color3{},
                              amountA,
                              amountB};
       FilterImage<T>(src, dst, MakeVRect(rect), filter);

@@ -15,8 +15,6 @@ using qv::Color3;
 using qv::Strip;
 using qv::UnitScale;
 
-Color3 ColorOf(const float* color) { return {color[0], color[1], color[2]}; }
-
 // ---- Toner
 
 auto Toned(qv::Tone tone, float amount) {
@@ -55,8 +53,9 @@ void WithBalance(float balance, F&& f) {
 // The gradient in place of the picture.
 template <class Curve>
 auto DirectGradient(const Gradient& gradient, Curve curve) {
-  return [shadow = ColorOf(gradient.shadowColor), highlight = ColorOf(gradient.highlightColor),
-          curve](Strip& strip, int pixels, UnitScale scale) {
+  return
+      [shadow = qv::ColorAt(gradient.shadowColor), highlight = qv::ColorAt(gradient.highlightColor),
+       curve](Strip& strip, int pixels, UnitScale scale) {
     const int count = qv::WholeVectors(pixels);
     float* __restrict x = strip[0];
     float* __restrict y = strip[1];
@@ -172,7 +171,7 @@ int QVEffectsAddToner(__QVImage* src, __QVImage* dst, QVRect rect, const float* 
   return qv::Guard(kSource, kQVStatusUnknown, [&] {
     return qv::DispatchDepth(QVImageGetDepth(dst), [&]<class T>() -> int {
       if (!qv::CanWalkColors(src, dst)) return kQVStatusUnsupported;
-      Walk<T>(src, dst, MakeVRect(rect), Toned(qv::Tone(ColorOf(color)), amount));
+      Walk<T>(src, dst, MakeVRect(rect), Toned(qv::Tone(qv::ColorAt(color)), amount));
       return kQVStatusSuccess;
     });
   });

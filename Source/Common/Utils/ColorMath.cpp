@@ -6,8 +6,6 @@
 
 namespace {
 
-qv::Color3 Load(const float* c) { return {c[0], c[1], c[2]}; }
-
 void Store(float* to, qv::Color3 c) {
   to[0] = c.x;
   to[1] = c.y;
@@ -21,30 +19,36 @@ int NoiseIndex(int x, int y) { return (x & 255) | (y & 255) << 8; }
 
 }  // namespace
 
-void RGB2LCH(const float* rgb, float* lch) { Store(lch, qv::RgbToLch(Load(rgb))); }
-void LCH2RGB(const float* lch, float* rgb) { Store(rgb, qv::LchToRgb(Load(lch))); }
-void RGB2HSB(const float* rgb, float* hsb) { Store(hsb, qv::RgbToHsb(Load(rgb))); }
-void HSB2RGB(const float* hsb, float* rgb) { Store(rgb, qv::HsbToRgb(Load(hsb))); }
-void RGB2HSL(const float* rgb, float* hsl) { Store(hsl, qv::RgbToHsl(Load(rgb))); }
-void HSL2RGB(const float* hsl, float* rgb) { Store(rgb, qv::HslToRgb(Load(hsl))); }
-void RGB2HSB_GLSL(const float* rgb, float* hsb) { Store(hsb, qv::RgbToHsbGlsl(Load(rgb))); }
-void HSB2RGB_GLSL(const float* hsb, float* rgb) { Store(rgb, qv::HsbToRgbGlsl(Load(hsb))); }
-void RGB2XYZ(const float* rgb, float* xyz) { Store(xyz, qv::RgbToXyz(Load(rgb))); }
-void XYZ2RGB(const float* xyz, float* rgb) { Store(rgb, qv::XyzToRgb(Load(xyz))); }
-void RGB2Lab(const float* rgb, float* lab) { Store(lab, qv::RgbToLab(Load(rgb))); }
-void Lab2RGB(const float* lab, float* rgb) { Store(rgb, qv::LabToRgb(Load(lab))); }
+void RGB2LCH(const float* rgb, float* lch) { Store(lch, qv::RgbToLch(qv::ColorAt(rgb))); }
+void LCH2RGB(const float* lch, float* rgb) { Store(rgb, qv::LchToRgb(qv::ColorAt(lch))); }
+void RGB2HSB(const float* rgb, float* hsb) { Store(hsb, qv::RgbToHsb(qv::ColorAt(rgb))); }
+void HSB2RGB(const float* hsb, float* rgb) { Store(rgb, qv::HsbToRgb(qv::ColorAt(hsb))); }
+void RGB2HSL(const float* rgb, float* hsl) { Store(hsl, qv::RgbToHsl(qv::ColorAt(rgb))); }
+void HSL2RGB(const float* hsl, float* rgb) { Store(rgb, qv::HslToRgb(qv::ColorAt(hsl))); }
+void RGB2HSB_GLSL(const float* rgb, float* hsb) { Store(hsb, qv::RgbToHsbGlsl(qv::ColorAt(rgb))); }
+void HSB2RGB_GLSL(const float* hsb, float* rgb) { Store(rgb, qv::HsbToRgbGlsl(qv::ColorAt(hsb))); }
+void RGB2XYZ(const float* rgb, float* xyz) { Store(xyz, qv::RgbToXyz(qv::ColorAt(rgb))); }
+void XYZ2RGB(const float* xyz, float* rgb) { Store(rgb, qv::XyzToRgb(qv::ColorAt(xyz))); }
+void RGB2Lab(const float* rgb, float* lab) { Store(lab, qv::RgbToLab(qv::ColorAt(rgb))); }
+void Lab2RGB(const float* lab, float* rgb) { Store(rgb, qv::LabToRgb(qv::ColorAt(lab))); }
 
-void Saturation(float* rgb, float amount) { Store(rgb, qv::WithSaturation(Load(rgb), amount)); }
-void Brightness(float* rgb, float amount) { Store(rgb, qv::WithBrightness(Load(rgb), amount)); }
-void Vibrance(float* rgb, float amount) { Store(rgb, qv::WithVibrance(Load(rgb), amount)); }
-void Vibrance2(float* rgb, float amount) { Store(rgb, qv::WithVibrance2(Load(rgb), amount)); }
+void Saturation(float* rgb, float amount) {
+  Store(rgb, qv::WithSaturation(qv::ColorAt(rgb), amount));
+}
+void Brightness(float* rgb, float amount) {
+  Store(rgb, qv::WithBrightness(qv::ColorAt(rgb), amount));
+}
+void Vibrance(float* rgb, float amount) { Store(rgb, qv::WithVibrance(qv::ColorAt(rgb), amount)); }
+void Vibrance2(float* rgb, float amount) {
+  Store(rgb, qv::WithVibrance2(qv::ColorAt(rgb), amount));
+}
 
 void SaturationBrightness(float* rgb, float saturation, float brightness) {
-  Store(rgb, qv::WithSaturationBrightness(Load(rgb), saturation, brightness));
+  Store(rgb, qv::WithSaturationBrightness(qv::ColorAt(rgb), saturation, brightness));
 }
 
 void HueSaturationBrightness(float* hsb, float hue, float saturation, float brightness) {
-  Store(hsb, qv::WithHueSaturationBrightness(Load(hsb), hue, saturation, brightness));
+  Store(hsb, qv::WithHueSaturationBrightness(qv::ColorAt(hsb), hue, saturation, brightness));
 }
 
 double BlackBodyRadiation(double wavelength, double temperature) {

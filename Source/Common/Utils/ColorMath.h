@@ -15,6 +15,8 @@ struct Color3 {
   float x, y, z;
 };
 
+inline Color3 ColorAt(const float* c) { return {c[0], c[1], c[2]}; }
+
 /// Luma by Rec. 601.
 inline float Luma(float r, float g, float b) { return b * 0.114f + (g * 0.587f + r * 0.299f); }
 

@@ -23,12 +23,14 @@ inline FurtherPlanes WithTransparency(__QVImage* asked) {
   return QVImageGetTransparency(asked) == 0 ? FurtherPlanes::kOfDst : FurtherPlanes::kOfSrc;
 }
 
+inline int Colors(__QVImage* image) {
+  return QVImageGetNumPlanes(image) - QVImageGetTransparency(image);
+}
+
 /// Whether pixels of src and dst are alike, of three colour samples or more, and strips can hold
 /// them.
 inline bool CanWalkColors(__QVImage* src, __QVImage* dst) {
-  const int transparency = QVImageGetTransparency(src);
-  return HaveSamePixels(src, dst) && FitsPlanes(dst) && transparency >= 0 &&
-         QVImageGetNumPlanes(src) - transparency >= 3;
+  return HaveSamePixels(src, dst) && FitsPlanes(dst) && Colors(src) >= 3 && Colors(dst) >= 3;
 }
 
 /// Loads the planes after the third.

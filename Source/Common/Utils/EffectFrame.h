@@ -81,7 +81,7 @@ inline bool HaveSamePixels(__QVImage* a, __QVImage* b) {
          QVImageGetNumPlanes(a) == QVImageGetNumPlanes(b) && IsPacked(a) && IsPacked(b);
 }
 
-/// Bytes worked on at a time where src and dst are one row: they stay in the first cache.
+/// Bytes worked on at a time beside the row they belong to: they stay in the first cache.
 inline constexpr size_t kChunkBytes = 8192;
 
 /// Whether chunks can hold a pixel; packed ones always fit.
@@ -145,7 +145,7 @@ inline size_t BytesToCopy(std::span<const Walked> images, const QVImageAccess* a
 /// @param accesses,rows room for each image.
 /// @param row           row(rows, pixels): where the row of each image is, of pixels from left to
 ///                      right. Each pixel depends on its own place alone. Or row(rows, pixels,
-///                      copier), where that takes what is ready to its row.
+///                      copier), which has the copier take what it made to the row to write.
 template <class Row>
 void WalkRows(Where where, std::span<const Walked> images, QVImageAccess* accesses, void** rows,
               VRect rect, Row&& row) {
@@ -176,7 +176,7 @@ void WalkRows(Where where, const Walked (&images)[kImages], VRect rect, Row&& ro
 }
 
 /// Takes the pixels of a row from `from` to `to` by row(in, out, pixels, layout). Where the two
-/// overlap, `row` works into a chunk, so that its pointers never do, and where the copier streams.
+/// overlap, or the copier streams, `row` works into a chunk; so its pointers never overlap.
 template <class T, class Layout, class Row>
 void MapRow(const T* from, T* to, int pixels, Layout layout, Row& row, RowCopier& copier) {
   const size_t bytes = static_cast<size_t>(pixels) * layout.planes * sizeof(T);

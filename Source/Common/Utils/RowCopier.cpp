@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "EffectFrame.h"
+
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
@@ -50,7 +52,7 @@ RowCopier::~RowCopier() {
 void RowCopier::Copy(void* to, const void* from, size_t bytes) {
   auto* target = static_cast<unsigned char*>(to);
   const auto* source = static_cast<const unsigned char*>(from);
-  if (mStreams) {
+  if (mStreams && !Overlap(to, from, bytes)) {
     const size_t head = (kLine - reinterpret_cast<uintptr_t>(target) % kLine) % kLine;
     if (head < bytes) {
       std::memmove(target, source, head);

@@ -10,7 +10,7 @@ namespace qv {
 /// processors a store otherwise reads the line that it replaces, a third of a copy's traffic.
 class RowCopier {
  public:
-  /// @param bytes how many will be copied in all, or 0 where the target is soon read again.
+  /// @param bytes how many will be copied in all, or 0 where they had better stay in the caches.
   explicit RowCopier(size_t bytes);
   ~RowCopier();
   RowCopier(const RowCopier&) = delete;

@@ -68,7 +68,7 @@ constexpr auto PixelWord(FixedLayout<kPlanes, kTransparency>) {
   }
 }
 
-// Vector code of our own takes the pixels of these layouts, where there is any.
+// How many pixels vector code of our own takes first: none where there is none for the layout.
 template <bool kToUnit, class T, class Layout, int kPlanePixels>
 int LoadEights(const T*, int, Layout, float (*)[kPlanePixels]) {
   return 0;

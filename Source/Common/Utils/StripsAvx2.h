@@ -11,7 +11,8 @@
 
 namespace qv::detail {
 
-/// Vectors are shuffled within halves: pixels 0 to 3 lie in the low, 4 to 7 in the high half.
+// Vectors are shuffled within halves: pixels 0 to 3 lie in the low, 4 to 7 in the high half.
+
 inline constexpr int kEight = 8;
 
 inline __m128i Part(const void* bytes) {
@@ -63,7 +64,8 @@ inline void SplitEight(__m256i first, __m256i second, __m256i (&planes)[4]) {
 }
 
 inline void LoadEight(const ushort* row, __m256i (&planes)[3]) {
-  // Pixels of 6 bytes become such of 8. The last four end their parts, not to be read past.
+  // Pixels of 6 bytes become such of 8. The second two of each half are
+  // read from 4 bytes before them, to end where the pixels do.
   const __m128i first = _mm_setr_epi8(0, 1, 2, 3, 4, 5, -1, -1, 6, 7, 8, 9, 10, 11, -1, -1);
   const __m128i last = _mm_setr_epi8(4, 5, 6, 7, 8, 9, -1, -1, 10, 11, 12, 13, 14, 15, -1, -1);
   __m256i four[4];
