@@ -5,7 +5,7 @@
 #include <array>
 #include <cmath>
 
-#include "Utils/ColorStrips.h"
+#include "Utils/GrayRows.h"
 #include "Utils/ToneCurves.h"
 
 namespace {
@@ -26,8 +26,8 @@ constexpr Color3 kLuma = {0.299f, 0.587f, 0.114f};
 
 // A sample on its own scale divided by full scale. For integers two products whose sum is rounded
 // like the quotient: 1 / max is 1 / (max + 1), by which division is exact, and a little more.
-template <class T>
-float Divided(float sample) {
+template <class T, class Value>
+Value Divided(Value sample) {
   if constexpr (std::is_floating_point_v<T>) {
     return sample;
   } else {
@@ -134,6 +134,12 @@ template <class T, class Stage>
 void MapThree(__QVImage* src, __QVImage* dst, QVRect rect, Stage stage) {
   qv::WalkColors<T>(kSource, src, dst, MakeVRect(rect), qv::WithTransparency(dst),
                     [&](Strip& strip, int pixels, UnitScale) { stage(strip, pixels); });
+}
+
+// For formulas of three colours, see WalkGrays().
+template <class T, class Formula>
+void MakeGray(__QVImage* src, __QVImage* dst, QVRect rect, Formula formula) {
+  qv::WalkGrays<T>(kSource, src, dst, MakeVRect(rect), qv::WithTransparency(dst), formula);
 }
 
 // ---- Film
@@ -357,7 +363,13 @@ int QVEffectsBlackWhite(__QVImage* src, __QVImage* dst, QVRect rect, int mode) {
   if (!src || !dst) return kQVStatusBadArgument;
   return Call(src, dst, 1, [&]<class T>() {
     const int colors = qv::Colors(dst);
-    if (mode == kQVBlackWhiteLuma) {
+    if (mode == kQVBlackWhiteLuma && colors == 3) {
+      MakeGray<T>(src, dst, rect, [](auto r, auto g, auto b) {
+        return qv::Luma(Divided<T>(r), Divided<T>(g), Divided<T>(b)) * qv::Sample<T>::kMax;
+      });
+    } else if (mode == kQVBlackWhiteMean && colors == 3) {
+      MakeGray<T>(src, dst, rect, [](auto r, auto g, auto b) { return (r + g + b) / 3.0f; });
+    } else if (mode == kQVBlackWhiteLuma) {
       MapAll<T>(src, dst, rect,
                 [=](Strip& strip, int pixels) { MakeLuma<T>(strip, colors, pixels); });
     } else if (mode == kQVBlackWhiteMean) {
@@ -392,6 +404,11 @@ int QVEffectsColorFilter(__QVImage* src, __QVImage* dst, QVRect rect, float r, f
     const float sum = r + g + b;
     const float weights[3] = {r / sum, g / sum, b / sum};
     const int colors = std::min(qv::Colors(dst), 3);
+    if (colors == 3) {
+      return MakeGray<T>(src, dst, rect, [w = qv::ColorAt(weights)](auto x, auto y, auto z) {
+        return x * w.x + y * w.y + z * w.z;
+      });
+    }
     MapThree<T>(src, dst, rect,
                 [&](Strip& strip, int pixels) { Filter(strip, weights, colors, pixels); });
   });
@@ -419,7 +436,11 @@ int QVEffectsBlackAndWhite(__QVImage* src, __QVImage* dst, QVRect rect, __QVImag
                        contrast,
                        grainAmount,
                        {qv::Tone(tone), toneColor ? toneAmount : 0.0f}};
-    if (hasGrain) {
+    if (!hasGrain && contrast == 0.0f && !(film.toner.amount > 0.0f)) {
+      MakeGray<T>(src, dst, rect, [w = film.weights](auto x, auto y, auto z) {
+        return (w.x * x + w.y * y + w.z * z) * qv::Sample<T>::kMax;
+      });
+    } else if (hasGrain) {
       Grain tile(grain, loadGrain);
       ExposeImage<T>(src, dst, rect, film, &tile);
     } else {

@@ -2,7 +2,7 @@
 // Hue, saturation, vibrance and the way to gray: every pixel's colour on its own.
 #include <QVEffects/QVEffectsHueSaturation.h>
 
-#include "Utils/ColorStrips.h"
+#include "Utils/GrayRows.h"
 #include "Utils/QVEffectsUtils.h"
 
 namespace {
@@ -17,14 +17,6 @@ using qv::Strip;
 using qv::UnitScale;
 
 // ---- Stages
-
-void ToGray(Strip& strip, int pixels, UnitScale) {
-  const int count = qv::WholeVectors(pixels);
-  float* __restrict x = strip[0];
-  float* __restrict y = strip[1];
-  float* __restrict z = strip[2];
-  for (int i = 0; i < count; i++) x[i] = y[i] = z[i] = qv::Luma(x[i], y[i], z[i]);
-}
 
 struct GrayOver : qv::ColorsOver {
   GrayOver(qv::BlendStrip aBlend, float amount) : ColorsOver(aBlend) {
@@ -72,7 +64,8 @@ int Desaturate(__QVImage* src, __QVImage* dst, VRect rect, QVBlendMode mode, flo
   if (!blend) return kQVStatusBadArgument;
   if (!qv::CanWalkColors(src, dst)) return kQVStatusUnsupported;
   if (mode == kQVBlendModeNormal && amount >= 1.0f) {
-    qv::WalkColors<T>(kDesaturateSource, src, dst, rect, qv::FurtherPlanes::kOfSrc, ToGray);
+    qv::WalkGrays<T>(kDesaturateSource, src, dst, rect, qv::FurtherPlanes::kOfSrc,
+                     [](auto r, auto g, auto b) { return qv::Luma(r, g, b); });
   } else {
     qv::WalkColors<T>(kDesaturateSource, src, dst, rect, qv::FurtherPlanes::kOfSrc,
                       GrayOver(blend, amount));

@@ -17,8 +17,11 @@ struct Color3 {
 
 inline Color3 ColorAt(const float* c) { return {c[0], c[1], c[2]}; }
 
-/// Luma by Rec. 601.
-inline float Luma(float r, float g, float b) { return b * 0.114f + (g * 0.587f + r * 0.299f); }
+/// Luma by Rec. 601, of floats or vectors of them.
+template <class Value>
+Value Luma(Value r, Value g, Value b) {
+  return b * 0.114f + (g * 0.587f + r * 0.299f);
+}
 
 // Which component is the largest or the smallest decides about hue. Of equal ones the first is the
 // largest and the last the smallest. These return the value of just that one: zeros keep their

@@ -150,19 +150,23 @@ int LoadEights(const T* row, int pixels, FixedLayout<kPlanes, 0>, float (*planes
   return i;
 }
 
+/// For StoreEight(): NaN and what is far below 0 become the least integer.
+template <class T>
+__m256i RoundedEight(__m256 values) {
+  const __m256 raised = _mm256_add_ps(values, _mm256_set1_ps(0.5f));
+  return _mm256_cvttps_epi32(_mm256_min_ps(_mm256_set1_ps(Sample<T>::kMax), raised));
+}
+
 /// Stores pixels from planes of floats as Rounded() has them.
 /// @return how many were stored: all but the last few.
 template <class T, int kPlanes, int kPlanePixels>
   requires InEights<T, kPlanes>
 int StoreEights(T* row, int pixels, FixedLayout<kPlanes, 0>, const float (*planes)[kPlanePixels]) {
-  const __m256 half = _mm256_set1_ps(0.5f), most = _mm256_set1_ps(Sample<T>::kMax);
   int i = 0;
   for (; i <= pixels - kEight; i += kEight) {
     __m256i samples[kPlanes];
     for (int c = 0; c < kPlanes; c++) {
-      const __m256 value = _mm256_add_ps(_mm256_load_ps(planes[c] + i), half);
-      // NaN and what is far below 0 become the least integer, which packing holds to 0.
-      samples[c] = _mm256_cvttps_epi32(_mm256_min_ps(most, value));
+      samples[c] = RoundedEight<T>(_mm256_load_ps(planes[c] + i));
     }
     StoreEight(row + i * kPlanes, samples);
   }
