@@ -6,11 +6,12 @@
 namespace catalog {
 namespace {
 
-// One colour for both ends lies over all pixels alike.
+// One colour for both ends lies over all pixels alike. The colours are of dst's planes.
 int SplitTone(__QVImage* src, __QVImage* dst, QVRect rect, const float* shadow,
               const float* highlight, QVBlendMode mode, float shadowAmount, float highlightAmount,
               float balance) {
-  if (std::equal(shadow, shadow + 3, highlight)) highlight = shadow;
+  const bool isColor = QVImageGetNumPlanes(dst) >= 3;
+  if (isColor && std::equal(shadow, shadow + 3, highlight)) highlight = shadow;
   return QVEffectsSplitTone(src, dst, rect, shadow, highlight, mode, shadowAmount, highlightAmount,
                             balance);
 }
