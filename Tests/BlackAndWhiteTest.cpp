@@ -164,7 +164,7 @@ float Contrast(float x, float contrast) {
 // All combinations of contrast, grain and tone; grain of each depth, also smaller than a tile.
 TEST(BlackAndWhite, Film) {
   constexpr Film kFilms[] = {
-      {0, 0, 0, 0, {}},
+      {0.2f, 0, 0, 0, {}},
       {0.4f, 0.6f, 0, 0, {}},
       {0.7f, 0, 0.5f, 0, {}},
       {0.1f, -0.7f, 0.8f, 0, {}},

@@ -153,7 +153,7 @@ TEST(HueSaturation, RefusesOtherImages) {
 
 // Those of src where it has transparency, where all is copied, and where gray is laid over.
 TEST(HueSaturation, FurtherPlanes) {
-  for (const float amount : {0.5f, 0.0f}) {
+  for (const float amount : {1.0f, 0.5f, 0.0f}) {
     const test::ColorRun runs[] = {[=](auto s, auto d, QVRect r) {
       return QVEffectsVibrance(s, d, r, amount);
     }, [=](auto s, auto d, QVRect r) {

@@ -22,8 +22,6 @@ using qv::Zones;
 
 float WeightedSum(Color3 c, Color3 by) { return by.x * c.x + by.y * c.y + by.z * c.z; }
 
-constexpr Color3 kLuma = {0.299f, 0.587f, 0.114f};
-
 // A sample on its own scale divided by full scale. For integers two products whose sum is rounded
 // like the quotient: 1 / max is 1 / (max + 1), by which division is exact, and a little more.
 template <class T, class Value>
@@ -36,6 +34,12 @@ Value Divided(Value sample) {
     constexpr float kRest = static_cast<float>(1.0 / kMax - 1.0 / (kMax + 1.0));
     return sample * kShift + sample * kRest;
   }
+}
+
+// Luma of samples, on their own scale.
+template <class T, class Value>
+Value LumaOf(Value r, Value g, Value b) {
+  return qv::Luma(Divided<T>(r), Divided<T>(g), Divided<T>(b)) * qv::Sample<T>::kMax;
 }
 
 // Held to a range; NaN stays.
@@ -77,10 +81,7 @@ void MakeLuma(Strip& strip, int colors, int pixels) {
   const float* __restrict b = colors > 2 ? strip[2] : kNone;
   float gray[kStripPixels];
   const int count = qv::WholeVectors(pixels);
-  for (int i = 0; i < count; i++) {
-    gray[i] = WeightedSum({Divided<T>(r[i]), Divided<T>(g[i]), Divided<T>(b[i])}, kLuma) *
-              qv::Sample<T>::kMax;
-  }
+  for (int i = 0; i < count; i++) gray[i] = LumaOf<T>(r[i], g[i], b[i]);
   for (int c = 0; c < colors; c++) std::copy_n(gray, count, strip[c]);
 }
 
@@ -364,9 +365,7 @@ int QVEffectsBlackWhite(__QVImage* src, __QVImage* dst, QVRect rect, int mode) {
   return Call(src, dst, 1, [&]<class T>() {
     const int colors = qv::Colors(dst);
     if (mode == kQVBlackWhiteLuma && colors == 3) {
-      MakeGray<T>(src, dst, rect, [](auto r, auto g, auto b) {
-        return qv::Luma(Divided<T>(r), Divided<T>(g), Divided<T>(b)) * qv::Sample<T>::kMax;
-      });
+      MakeGray<T>(src, dst, rect, [](auto r, auto g, auto b) { return LumaOf<T>(r, g, b); });
     } else if (mode == kQVBlackWhiteMean && colors == 3) {
       MakeGray<T>(src, dst, rect, [](auto r, auto g, auto b) { return (r + g + b) / 3.0f; });
     } else if (mode == kQVBlackWhiteLuma) {
@@ -464,7 +463,7 @@ int QVEffectsBlackAndWhiteColorResponse(__QVImage* src, __QVImage* dst, QVRect r
         [by = std::to_array<float>({response[0], response[1], response[2], response[3], response[4],
                                     response[5]})](Color3 c) {
       const Zones zones(c);
-      float sum = WeightedSum(c, kLuma);
+      float sum = qv::Luma(c.x, c.y, c.z);
       for (int k = 0; k < qv::kZones; k++) sum = sum + zones.weights[k] * by[k];
       const float gray = Held(sum, 0.0f, kMax);
       return Color3{gray, gray, gray};

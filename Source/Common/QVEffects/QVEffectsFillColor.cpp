@@ -43,7 +43,7 @@ int FillColor(__QVImage* image, VRect rect, const float* color) {
 
 int QVEffectsFillColor(__QVImage* image, QVRect rect, const float* color) {
   if (!image || !color) return kQVStatusBadArgument;
-  if (!qv::FitsChunk(image)) return kQVStatusUnsupported;
+  if (!qv::IsPacked(image)) return kQVStatusUnsupported;
   return qv::Guard(kSource, kQVStatusUnknown, [&] {
     return qv::DispatchDepth(QVImageGetDepth(image), [&]<class T>() {
       return FillColor<T>(image, MakeVRect(rect), color);

@@ -84,12 +84,6 @@ inline bool HaveSamePixels(__QVImage* a, __QVImage* b) {
 /// Bytes worked on at a time beside the row they belong to: they stay in the first cache.
 inline constexpr size_t kChunkBytes = 8192;
 
-/// Whether chunks can hold a pixel; packed ones always fit.
-inline bool FitsChunk(__QVImage* image) {
-  return QVImageGetColBytes(image) > 0 &&
-         QVImageGetColBytes(image) <= static_cast<int>(kChunkBytes);
-}
-
 /// Whether two ranges of bytes have some in common.
 inline bool Overlap(const void* a, const void* b, size_t bytes) {
   const auto begin = reinterpret_cast<uintptr_t>(a), other = reinterpret_cast<uintptr_t>(b);
