@@ -73,7 +73,7 @@ TEST(Walk, StreamsWhatIsLargeAndItsOwn) {
     std::vector<void*> rows(images.size());
     bool result = false;
     qv::WalkRows("", images, accesses.data(), rows.data(), MakeVRect(rect),
-                 [&](void**, int, qv::RowCopier& copier) { result = copier.Streams(); });
+                 [&](const qv::WalkedRow& row) { result = row.copier.Streams(); });
     return result;
   };
   EXPECT_TRUE(streams({qv::ToRead(src), qv::ToWrite(dst)}, kBounds));

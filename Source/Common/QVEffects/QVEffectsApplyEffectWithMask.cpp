@@ -69,24 +69,24 @@ void ApplyRows(__QVImage* base, __QVImage* effect, __QVImage* mask, __QVImage* d
   Strips strips;
   qv::WalkRows(kSource,
                {qv::ToRead(base), qv::ToRead(effect), qv::ToReadIfThere(mask), qv::ToWrite(dst)},
-               rect, [&](void** rows, int pixels, qv::RowCopier& copier) {
-    const T* from = static_cast<const T*>(rows[0]);
-    const T* over = static_cast<const T*>(rows[1]);
-    const T* maskRow = static_cast<const T*>(rows[2]);
-    T* out = static_cast<T*>(rows[3]);
+               rect, [&](const qv::WalkedRow& row) {
+    const T* from = row.Of<const T>(0);
+    const T* over = row.Of<const T>(1);
+    const T* maskRow = row.Of<const T>(2);
+    T* out = row.Of<T>(3);
     float* share = strips.mask[0];
     if (!maskRow) {
       // All samples alike, as if each were a pixel.
       std::fill_n(share, qv::kStripPixels, half);
-      return qv::EachStrip(int64_t{pixels} * planes, [&](int64_t x, int count) {
-        MixStrip(from + x, over + x, out + x, 1, count, share, strips, copier);
+      return qv::EachStrip(int64_t{row.pixels} * planes, [&](int64_t x, int count) {
+        MixStrip(from + x, over + x, out + x, 1, count, share, strips, row.copier);
       });
     }
-    qv::EachStrip(pixels, [&](int64_t x, int count) {
+    qv::EachStrip(row.pixels, [&](int64_t x, int count) {
       qv::LoadMask(qv::LoadSamples<T>, maskRow + x, 1, count, sense, strips.mask);
       for (int i = 0; i < count; i++) share[i] = qv::HeldToUnit(share[i] - kNeutral + half);
       const int64_t first = x * planes;
-      MixStrip(from + first, over + first, out + first, planes, count, share, strips, copier);
+      MixStrip(from + first, over + first, out + first, planes, count, share, strips, row.copier);
     });
   });
 }
@@ -118,18 +118,18 @@ void ApplyRowsInZones(__QVImage* base, __QVImage* effect, __QVImage* mask, __QVI
   Strips strips;
   qv::WalkRows(kSource,
                {qv::ToRead(base), qv::ToRead(effect), qv::ToReadIfThere(mask), qv::ToWrite(dst)},
-               rect, [&](void** rows, int pixels, qv::RowCopier& copier) {
-    const T* maskRow = static_cast<const T*>(rows[2]);
+               rect, [&](const qv::WalkedRow& row) {
+    const T* maskRow = row.Of<const T>(2);
     if (!maskRow) std::fill_n(strips.mask[0], qv::kStripPixels, kNeutral);
-    qv::EachStrip(pixels, [&](int64_t x, int count) {
+    qv::EachStrip(row.pixels, [&](int64_t x, int count) {
       const int64_t first = x * planes;
-      qv::LoadUnscaled<T>(static_cast<const T*>(rows[0]) + first, planes, count, strips.base);
-      qv::LoadUnscaled<T>(static_cast<const T*>(rows[1]) + first, planes, count, strips.effect);
+      qv::LoadUnscaled<T>(row.Of<const T>(0) + first, planes, count, strips.base);
+      qv::LoadUnscaled<T>(row.Of<const T>(1) + first, planes, count, strips.effect);
       if (maskRow) {
         qv::LoadMask(qv::LoadSamples<T>, maskRow + x, 1, count, sense, strips.mask);
       }
       ChangeInZones<T>(strips, count, by);
-      qv::StoreSamples<T>(copier, static_cast<T*>(rows[3]) + first, planes, count, strips.base);
+      qv::StoreSamples<T>(row.copier, row.Of<T>(3) + first, planes, count, strips.base);
     });
   });
 }

@@ -14,8 +14,8 @@ constexpr const char* kSource = "Source/Common/QVEffects/QVEffectsBlackAndWhite"
 
 using qv::Color3;
 using qv::kStripPixels;
+using qv::Stretch;
 using qv::Strip;
-using qv::UnitScale;
 using qv::Zones;
 
 // ---- Formulas
@@ -127,14 +127,14 @@ void MapColors(Strip& strip, int pixels, Formula formula) {
 template <class T, class Stage>
 void MapAll(__QVImage* src, __QVImage* dst, QVRect rect, Stage stage) {
   qv::WalkColors<T>(kSource, src, dst, MakeVRect(rect), qv::FurtherPlanes::kOfSrc,
-                    [&](Strip& strip, int pixels, UnitScale) { stage(strip, pixels); });
+                    [&](Strip& strip, Stretch at) { stage(strip, at.pixels); });
 }
 
 // For those that change the first three at most.
 template <class T, class Stage>
 void MapThree(__QVImage* src, __QVImage* dst, QVRect rect, Stage stage) {
   qv::WalkColors<T>(kSource, src, dst, MakeVRect(rect), qv::WithTransparency(dst),
-                    [&](Strip& strip, int pixels, UnitScale) { stage(strip, pixels); });
+                    [&](Strip& strip, Stretch at) { stage(strip, at.pixels); });
 }
 
 // For formulas of three colours, see WalkGrays().
@@ -159,8 +159,12 @@ class Grain {
 
   /// The samples from a place of the image on.
   const Strip& From(int x, int y) {
-    mLoad(mSamples + ptrdiff_t{y & (kSize - 1)} * mStride, 1, kSize, mRow);
-    std::rotate_copy(mRow[0], mRow[0] + (x & (kSize - 1)), mRow[0] + kSize, mStrip[0]);
+    const int column = x & (kSize - 1), row = y & (kSize - 1);
+    if (column == mColumn && row == mRow) return mStrip;
+    mColumn = column;
+    mRow = row;
+    mLoad(mSamples + ptrdiff_t{row} * mStride, 1, kSize, mLoaded);
+    std::rotate_copy(mLoaded[0], mLoaded[0] + column, mLoaded[0] + kSize, mStrip[0]);
     return mStrip;
   }
 
@@ -169,7 +173,8 @@ class Grain {
   qv::LoadStrip mLoad;
   int mStride = 0;
   const std::byte* mSamples;
-  Strip mRow, mStrip;
+  int mColumn = -1, mRow = -1;  // of what is in mStrip
+  Strip mLoaded, mStrip;
 };
 
 struct Film {
@@ -222,15 +227,11 @@ void Expose(const Film& film, const Strip* grain, Strip& strip, GrayStrips& gray
 
 template <class T>
 void ExposeImage(__QVImage* src, __QVImage* dst, QVRect rect, const Film& film, Grain* grain) {
-  const VRect walked = MakeVRect(rect).Intersect(MakeVRect(QVImageGetBounds(dst)));
-  int y = walked.top;
   GrayStrips grays;
-  const Strip* grainRow = nullptr;
-  qv::WalkColors<T>(kSource, src, dst, walked, qv::WithTransparency(dst),
-                    [&](Strip& strip, int pixels, UnitScale) {
-    Expose<T>(film, grainRow, strip, grays, pixels);
-  }, [&] {
-    if (grain) grainRow = &grain->From(walked.left, y++);
+  qv::WalkColors<T>(kSource, src, dst, MakeVRect(rect), qv::WithTransparency(dst),
+                    [&](Strip& strip, Stretch at) {
+    const Strip* there = grain ? &grain->From(at.x, at.y) : nullptr;
+    Expose<T>(film, there, strip, grays, at.pixels);
   });
 }
 
@@ -306,10 +307,9 @@ void SumUp(__QVImage* image, Sums& sums) {
   const int planes = QVImageGetNumPlanes(image);
   Strip strip;
   qv::WalkRows(kSource, {qv::ToRead(image)}, MakeVRect(QVImageGetBounds(image)),
-               [&](void** rows, int pixels) {
-    const T* row = static_cast<const T*>(rows[0]);
-    qv::EachStrip(pixels, [&](int64_t x, int count) {
-      qv::LoadSamples<T>(row + x * planes, planes, count, strip);
+               [&](const qv::WalkedRow& row) {
+    qv::EachStrip(row.pixels, [&](int64_t x, int count) {
+      qv::LoadSamples<T>(row.Of<const T>(0) + x * planes, planes, count, strip);
       for (int c = 0; c < 3; c++) std::fill(strip[c] + count, strip[c] + kStripPixels, 0.0f);
       sums.Add(strip, count);
     });

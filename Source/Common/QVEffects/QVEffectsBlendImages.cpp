@@ -172,8 +172,6 @@ void BlendRow(Blending& call, T* out, int width, qv::RowCopier& copier) {
   });
 }
 
-const std::byte* Bytes(const void* row) { return static_cast<const std::byte*>(row); }
-
 // ---- Arguments
 
 // The function that loads the masks; null where they can't be had, or not together.
@@ -220,12 +218,12 @@ int QVEffectsBlendImagesWithOpacitiesAndMasks(__QVImage* a, float opacityOfA, __
                    {qv::ToRead(a), qv::ToRead(b), qv::ToWrite(dst),
                     qv::ToReadIfThere(maskOfA, call.maskOfA.fill.bytes),
                     qv::ToReadIfThere(maskOfB, call.maskOfB.fill.bytes)},
-                   MakeVRect(rect), [&](void** rows, int pixels, qv::RowCopier& copier) {
-        call.a.row = Bytes(rows[0]);
-        call.b.row = Bytes(rows[1]);
-        call.maskOfA.row = Bytes(rows[3]);
-        call.maskOfB.row = Bytes(rows[4]);
-        BlendRow(call, static_cast<T*>(rows[2]), pixels, copier);
+                   MakeVRect(rect), [&](const qv::WalkedRow& row) {
+        call.a.row = row.Of<const std::byte>(0);
+        call.b.row = row.Of<const std::byte>(1);
+        call.maskOfA.row = row.Of<const std::byte>(3);
+        call.maskOfB.row = row.Of<const std::byte>(4);
+        BlendRow(call, row.Of<T>(2), row.pixels, row.copier);
       });
       return kQVStatusSuccess;
     });

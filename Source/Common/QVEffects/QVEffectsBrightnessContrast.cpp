@@ -219,12 +219,10 @@ void WalkWith(Plain& plain, __QVImage* src, __QVImage* dst, __QVImage* mask, VRe
   MaskedRow<T, Effect> masked(effect, src, mask);
   qv::DispatchLayout(QVImageGetNumPlanes(src), QVImageGetTransparency(src), [&](auto layout) {
     qv::WalkRows(kSource, {qv::ToRead(src), qv::ToWrite(dst), qv::ToReadIfThere(mask)}, rect,
-                 [&](void** rows, int pixels, qv::RowCopier& copier) {
-      const T* in = static_cast<const T*>(rows[0]);
-      const T* maskRow = static_cast<const T*>(rows[2]);
-      T* out = static_cast<T*>(rows[1]);
-      maskRow ? masked(in, maskRow, out, pixels, copier)
-              : qv::MapRow(in, out, pixels, layout, plain, copier);
+                 [&](const qv::WalkedRow& row) {
+      const T* maskRow = row.Of<const T>(2);
+      maskRow ? masked(row.Of<const T>(0), maskRow, row.Of<T>(1), row.pixels, row.copier)
+              : qv::MapRow<T>(row, layout, plain);
     });
   });
 }

@@ -97,10 +97,9 @@ int ConvertImage(__QVImage* src, __QVImage* dst, VRect rect, const Mode& mode) {
   Strips strips;
   // Stays where the source has no transparency that overwrites it.
   std::fill_n(strips.in[mode.fromColors], qv::kStripPixels, qv::Sample<T>::kMax);
-  qv::WalkRows(kSource, {qv::ToRead(src), qv::ToWrite(dst)}, rect,
-               [&](void** rows, int pixels, qv::RowCopier& copier) {
-    ConvertRow(static_cast<const T*>(rows[0]), fromPlanes, static_cast<T*>(rows[1]), toPlanes,
-               pixels, mode, strips, copier);
+  qv::WalkRows(kSource, {qv::ToRead(src), qv::ToWrite(dst)}, rect, [&](const qv::WalkedRow& row) {
+    ConvertRow(row.Of<const T>(0), fromPlanes, row.Of<T>(1), toPlanes, row.pixels, mode, strips,
+               row.copier);
   });
   return kQVStatusSuccess;
 }

@@ -45,17 +45,17 @@ int FillGradient(__QVImage* dst, VRect rect, __QVImage* mask, qv::LoadStrip load
   const int planes = QVImageGetNumPlanes(dst), maskBytes = QVImageGetColBytes(mask);
   Strip strip;
   qv::WalkRows(kSource, {qv::ToReadIfThere(mask), qv::ToWrite(dst)}, rect,
-               [&](void** rows, int width, qv::RowCopier& copier) {
-    const auto* from = static_cast<const std::byte*>(rows[0]);
-    T* to = static_cast<T*>(rows[1]);
-    qv::EachStrip(width, [&](int64_t x, int pixels) {
+               [&](const qv::WalkedRow& row) {
+    const auto* from = row.Of<const std::byte>(0);
+    T* to = row.Of<T>(1);
+    qv::EachStrip(row.pixels, [&](int64_t x, int pixels) {
       if (from) {
         qv::LoadMask(load, from + x * maskBytes, 1, pixels, sense, strip);
       } else {
         std::fill_n(strip[0], qv::kStripPixels, 1.0f);
       }
       Mix(colors, planes, pixels, strip);
-      qv::StoreSamples<T>(copier, to + x * planes, planes, pixels, strip);
+      qv::StoreSamples<T>(row.copier, to + x * planes, planes, pixels, strip);
     });
   });
   return kQVStatusSuccess;

@@ -13,8 +13,8 @@ constexpr const char* kDesaturateSource = "Source/Common/QVEffects/QVEffectsDesa
 constexpr qv::Where kUnknownFailure = {kDesaturateSource, 60};
 
 using qv::Color3;
+using qv::Stretch;
 using qv::Strip;
-using qv::UnitScale;
 
 // ---- Stages
 
@@ -23,13 +23,13 @@ struct GrayOver : qv::ColorsOver {
     std::ranges::fill(opacity, amount);
   }
 
-  void operator()(Strip& strip, int pixels, UnitScale scale) {
-    Begin(strip, pixels, scale);
-    const int count = qv::WholeVectors(pixels);
+  void operator()(Strip& strip, Stretch at) {
+    Begin(strip, at);
+    const int count = qv::WholeVectors(at.pixels);
     for (int i = 0; i < count; i++) top[0][i] = qv::Luma(base[0][i], base[1][i], base[2][i]);
     std::memcpy(top[1], top[0], sizeof top.planes[0]);
     std::memcpy(top[2], top[0], sizeof top.planes[0]);
-    End(strip, pixels, scale);
+    End(strip, at);
   }
 };
 

@@ -48,7 +48,7 @@ void MixRow(const T* a, const T* b, T* out, int64_t samples, float ofA, float of
 }
 
 template <class T>
-void MultiplyRow(std::span<void*> masks, T* out, int pixels, const qv::MaskSense* senses,
+void MultiplyRow(std::span<void* const> masks, T* out, int pixels, const qv::MaskSense* senses,
                  qv::MaskSense ofResult, qv::RowCopier& copier) {
   Strip mask, product;
   float* __restrict p = product[0];
@@ -106,24 +106,22 @@ void FindBounds(__QVImage* mask, QVRect& result) {
   const VRect bounds = MakeVRect(QVImageGetBounds(mask));
   const Counts<T> counts = {qv::IsInverted(mask)};
   const int width = bounds.right - bounds.left;
-  int left = width, right = 0, top = 0, bottom = 0, y = 0;
-  qv::WalkRows(kSource, {qv::ToRead(mask)}, bounds, [&](void** rows, int pixels) {
-    const T* row = static_cast<const T*>(rows[0]);
-    const int first = FirstThat(counts, row, 0, pixels);
-    if (first < pixels) {
-      left = std::min(left, first);
-      int last = pixels;
-      while (last > right && !counts(row[last - 1])) last--;
-      right = std::max(right, last);
-      if (bottom == 0) top = y;
-      bottom = y + 1;
-    }
-    y++;
+  int left = width, right = 0, top = 0, bottom = 0;
+  qv::WalkRows(kSource, {qv::ToRead(mask)}, bounds, [&](const qv::WalkedRow& row) {
+    const T* samples = row.Of<const T>(0);
+    const int first = FirstThat(counts, samples, 0, row.pixels);
+    if (first == row.pixels) return;
+    if (right == 0) top = row.y;
+    bottom = row.y + 1;
+    left = std::min(left, first);
+    int last = row.pixels;
+    while (last > right && !counts(samples[last - 1])) last--;
+    right = std::max(right, last);
   });
-  if (bottom == 0) {
+  if (right == 0) {
     result = QVRectMake(0, 0, 0, 0);
   } else {
-    result = QVRectMake(bounds.left + left, bounds.top + top, right - left, bottom - top);
+    result = QVRectMake(bounds.left + left, top, right - left, bottom - top);
   }
 }
 
@@ -139,9 +137,9 @@ void Multiply(std::span<__QVImage* const> masks, __QVImage* dst, VRect rect) {
   std::vector<QVImageAccess> accesses(walked.size());
   std::vector<void*> addresses(walked.size());
   qv::WalkRows(kSource, walked, accesses.data(), addresses.data(), rect,
-               [&](void** rows, int pixels, qv::RowCopier& copier) {
-    MultiplyRow<T>({rows, masks.size()}, static_cast<T*>(rows[masks.size()]), pixels, senses.data(),
-                   qv::MaskSense(dst), copier);
+               [&](const qv::WalkedRow& row) {
+    MultiplyRow<T>({row.starts, masks.size()}, row.Of<T>(masks.size()), row.pixels, senses.data(),
+                   qv::MaskSense(dst), row.copier);
   });
 }
 
@@ -155,9 +153,9 @@ int QVEffectsMixImages(__QVImage* a, __QVImage* b, __QVImage* dst, QVRect rect, 
       if (!qv::HaveSamePixels(a, dst) || !qv::HaveSamePixels(b, dst)) return kQVStatusUnsupported;
       const int planes = QVImageGetNumPlanes(dst);
       qv::WalkRows(kSource, {qv::ToRead(a), qv::ToRead(b), qv::ToWrite(dst)}, MakeVRect(rect),
-                   [&](void** rows, int pixels, qv::RowCopier& copier) {
-        MixRow(static_cast<const T*>(rows[0]), static_cast<const T*>(rows[1]),
-               static_cast<T*>(rows[2]), int64_t{pixels} * planes, weightOfA, weightOfB, copier);
+                   [&](const qv::WalkedRow& row) {
+        MixRow(row.Of<const T>(0), row.Of<const T>(1), row.Of<T>(2), int64_t{row.pixels} * planes,
+               weightOfA, weightOfB, row.copier);
       });
       return kQVStatusSuccess;
     });
@@ -199,9 +197,8 @@ int QVEffectsMakeCompositeImage(__QVImage* image, QVRect rect) {
     return qv::DispatchDepth(QVImageGetPlaneBytes(image) * 8, [&]<class T>() -> int {
       if (!qv::FitsPlanes(image)) return kQVStatusUnsupported;
       const int planes = QVImageGetNumPlanes(image);
-      qv::WalkRows(
-          kSource, {qv::ToReadWrite(image)}, MakeVRect(rect),
-          [&](void** rows, int pixels) { FlattenRow(static_cast<T*>(rows[0]), planes, pixels); });
+      qv::WalkRows(kSource, {qv::ToReadWrite(image)}, MakeVRect(rect),
+                   [&](const qv::WalkedRow& row) { FlattenRow(row.Of<T>(0), planes, row.pixels); });
       return kQVStatusSuccess;
     });
   });

@@ -12,8 +12,8 @@ constexpr const char* kSource = "Source/Common/QVEffects/QVEffectsPhotoFilter";
 
 using qv::Color3;
 using qv::kStripPixels;
+using qv::Stretch;
 using qv::Strip;
-using qv::UnitScale;
 
 // ---- Formulas
 
@@ -153,42 +153,23 @@ void Mix(const Strips& strips, float max, Strip& strip, int pixels) {
   }
 }
 
-// ---- Rows
+struct FilterStrip {
+  const Filter& filter;
+  Strips strips;
 
-// Strips of a rectangle, from left to right in row after row.
-class FilterStrips {
- public:
-  FilterStrips(const Filter& filter, VRect rect)
-      : mFilter(filter), mLeft(rect.left), mRight(rect.right), mX(rect.left), mY(rect.top) {
-    Prepare(filter, mStrips);
-  }
+  explicit FilterStrip(const Filter& aFilter) : filter(aFilter) { Prepare(filter, strips); }
 
-  void operator()(Strip& picture, int pixels, UnitScale scale) {
-    const auto change = mFilter.saturation != 0.0f ? ChangePicture<true> : ChangePicture<false>;
-    change(mFilter, scale.toUnit, picture, pixels);
-    if (mFilter.type != kQVPhotoFilterSolid) {
-      const auto place = mFilter.transition.isLinear ? PlaceFilter<true> : PlaceFilter<false>;
-      place(mFilter, mStrips, mX, mY, pixels);
+  void operator()(Strip& picture, Stretch at) {
+    const auto change = filter.saturation != 0.0f ? ChangePicture<true> : ChangePicture<false>;
+    change(filter, at.toUnit, picture, at.pixels);
+    if (filter.type != kQVPhotoFilterSolid) {
+      const auto place = filter.transition.isLinear ? PlaceFilter<true> : PlaceFilter<false>;
+      place(filter, strips, at.x, at.y, at.pixels);
     }
-    mFilter.blend(mStrips.filter, picture, mStrips.blended, 3, pixels);
-    Mix(mStrips, scale.max, picture, pixels);
-    mX += pixels;
-    if (mX < mRight) return;
-    mX = mLeft;
-    mY++;
+    filter.blend(strips.filter, picture, strips.blended, 3, at.pixels);
+    Mix(strips, at.max, picture, at.pixels);
   }
-
- private:
-  const Filter& mFilter;
-  Strips mStrips;
-  int mLeft, mRight, mX, mY;
 };
-
-template <class T>
-void FilterImage(__QVImage* src, __QVImage* dst, VRect rect, const Filter& filter) {
-  rect = rect.Intersect(MakeVRect(QVImageGetBounds(dst)));
-  qv::WalkColors<T>(kSource, src, dst, rect, qv::WithTransparency(dst), FilterStrips(filter, rect));
-}
 
 }  // namespace
 
@@ -212,7 +193,8 @@ int QVEffectsPhotoFilter(__QVImage* src, __QVImage* dst, QVRect rect, int type, 
                              HasBoth(type) ? qv::ColorAt(colorB) : Color3{},
                              amountA,
                              amountB};
-      FilterImage<T>(src, dst, MakeVRect(rect), filter);
+      qv::WalkColors<T>(kSource, src, dst, MakeVRect(rect), qv::WithTransparency(dst),
+                        FilterStrip(filter));
       return kQVStatusSuccess;
     });
   });

@@ -12,20 +12,20 @@ constexpr const char* kSource = "Source/Common/QVEffects/QVEffectsToning";
 constexpr const char* kColorizeSource = "Source/Common/QVEffects/QVEffectsColorize";
 
 using qv::Color3;
+using qv::Stretch;
 using qv::Strip;
-using qv::UnitScale;
 
 // ---- Toner
 
 auto Toned(qv::Tone tone, float amount) {
-  return [=](Strip& strip, int pixels, UnitScale scale) {
-    const float ofPixel = 1.0f - amount, ofTone = amount * scale.max;
-    const int count = qv::WholeVectors(pixels);
+  return [=](Strip& strip, Stretch at) {
+    const float ofPixel = 1.0f - amount, ofTone = amount * at.max;
+    const int count = qv::WholeVectors(at.pixels);
     float* __restrict x = strip[0];
     float* __restrict y = strip[1];
     float* __restrict z = strip[2];
     for (int i = 0; i < count; i++) {
-      const auto [strength, white] = tone.At(qv::Luma(x[i], y[i], z[i]) * scale.toUnit);
+      const auto [strength, white] = tone.At(qv::Luma(x[i], y[i], z[i]) * at.toUnit);
       x[i] = x[i] * ofPixel + (tone.color.x * strength + white) * ofTone;
       y[i] = y[i] * ofPixel + (tone.color.y * strength + white) * ofTone;
       z[i] = z[i] * ofPixel + (tone.color.z * strength + white) * ofTone;
@@ -53,16 +53,15 @@ void WithBalance(float balance, F&& f) {
 // The gradient in place of the picture.
 template <class Curve>
 auto DirectGradient(const Gradient& gradient, Curve curve) {
-  return
-      [shadow = qv::ColorAt(gradient.shadowColor), highlight = qv::ColorAt(gradient.highlightColor),
-       curve](Strip& strip, int pixels, UnitScale scale) {
-    const int count = qv::WholeVectors(pixels);
+  return [shadow = qv::ColorAt(gradient.shadowColor),
+          highlight = qv::ColorAt(gradient.highlightColor), curve](Strip& strip, Stretch at) {
+    const int count = qv::WholeVectors(at.pixels);
     float* __restrict x = strip[0];
     float* __restrict y = strip[1];
     float* __restrict z = strip[2];
     for (int i = 0; i < count; i++) {
-      const float light = curve(qv::Luma(x[i], y[i], z[i]) * scale.toUnit) * scale.max;
-      const float dark = scale.max - light;
+      const float light = curve(qv::Luma(x[i], y[i], z[i]) * at.toUnit) * at.max;
+      const float dark = at.max - light;
       x[i] = shadow.x * dark + highlight.x * light;
       y[i] = shadow.y * dark + highlight.y * light;
       z[i] = shadow.z * dark + highlight.z * light;
@@ -76,9 +75,9 @@ struct ColorOver : qv::ColorsOver {
     std::ranges::fill(opacity, amount);
   }
 
-  void operator()(Strip& strip, int pixels, UnitScale scale) {
-    Begin(strip, pixels, scale);
-    End(strip, pixels, scale);
+  void operator()(Strip& strip, Stretch at) {
+    Begin(strip, at);
+    End(strip, at);
   }
 };
 
@@ -90,9 +89,9 @@ struct GradientOver : qv::ColorsOver {
   GradientOver(qv::BlendStrip aBlend, const Gradient& aGradient, Curve aCurve)
       : ColorsOver(aBlend), gradient(aGradient), curve(aCurve) {}
 
-  void operator()(Strip& strip, int pixels, UnitScale scale) {
-    Begin(strip, pixels, scale);
-    const int count = qv::WholeVectors(pixels);
+  void operator()(Strip& strip, Stretch at) {
+    Begin(strip, at);
+    const int count = qv::WholeVectors(at.pixels);
     // Copies, so that the loops know them apart from what they write.
     const Curve bend = curve;
     const float ofLight = gradient.highlightAmount, ofDark = gradient.shadowAmount;
@@ -108,7 +107,7 @@ struct GradientOver : qv::ColorsOver {
       float* __restrict color = top[c];
       for (int i = 0; i < count; i++) color[i] = shadow * (1.0f - light[i]) + highlight * light[i];
     }
-    End(strip, pixels, scale);
+    End(strip, at);
   }
 };
 

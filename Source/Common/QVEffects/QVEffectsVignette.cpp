@@ -285,10 +285,8 @@ void MakeLayer(__QVImage* src, __QVImage* dst, VRect rect, const LayerShape& sha
     std::fill_n(upper[c], kStripPixels, layer.level);
     std::fill_n(mixed[c], kStripPixels, layer.level * kMax);
   }
-  rect = rect.Intersect(MakeVRect(QVImageGetBounds(dst)));
-  int y = rect.top;
-  const auto makeRow = [&](T* out, const T* in, int width, qv::RowCopier& copier) {
-    qv::EachStrip(width, [&](int64_t x, int pixels) {
+  const auto makeRow = [&](const qv::WalkedRow& row, const T* in) {
+    qv::EachStrip(row.pixels, [&](int64_t x, int pixels) {
       const ptrdiff_t first = ptrdiff_t{x} * planes;
       if (in) {
         qv::LoadSamples<T>(in + first, planes, pixels, lower);
@@ -300,27 +298,22 @@ void MakeLayer(__QVImage* src, __QVImage* dst, VRect rect, const LayerShape& sha
         }
       }
       if (transparency) {
-        shape(rect.left + x, y, pixels, strengths);
+        shape(row.left + x, row.y, pixels, strengths);
         float* __restrict to = mixed[colors];
         for (int i = 0; i < pixels; i++) {
           const float half = layer.strength * (strengths.values[i] * kMax);
           to[i] = half + half;
         }
       }
-      qv::StoreSamples<T>(copier, out + first, planes, pixels, mixed);
+      qv::StoreSamples<T>(row.copier, row.Of<T>(0) + first, planes, pixels, mixed);
     });
-    y++;
   };
   if (layer.blend) {
     qv::WalkRows(kSource, {qv::ToWrite(dst), qv::ToRead(src)}, rect,
-                 [&](void** rows, int width, qv::RowCopier& copier) {
-      makeRow(static_cast<T*>(rows[0]), static_cast<const T*>(rows[1]), width, copier);
-    });
+                 [&](const qv::WalkedRow& row) { makeRow(row, row.Of<const T>(1)); });
   } else {
     qv::WalkRows(kSource, {qv::ToWrite(dst)}, rect,
-                 [&](void** rows, int width, qv::RowCopier& copier) {
-      makeRow(static_cast<T*>(rows[0]), nullptr, width, copier);
-    });
+                 [&](const qv::WalkedRow& row) { makeRow(row, nullptr); });
   }
 }
 
@@ -399,20 +392,17 @@ void MixIn(__QVImage* src, __QVImage* dst, VRect rect, const InShape& shape, flo
   Strip upper, lower, mixed;
   Strengths strengths;
   for (int c = 0; c < 3; c++) std::fill_n(upper[c], kStripPixels, color);
-  rect = rect.Intersect(MakeVRect(QVImageGetBounds(dst)));
-  int y = rect.top;
   const qv::Walked written = keeps ? qv::ToReadWrite(dst) : qv::ToWrite(dst);
-  qv::WalkRows(kSource, {qv::ToRead(src), written}, rect,
-               [&](void** rows, int width, qv::RowCopier& copier) {
-    const T* in = static_cast<const T*>(rows[0]);
-    T* out = static_cast<T*>(rows[1]);
-    qv::EachStrip(width, [&](int64_t x, int pixels) {
+  qv::WalkRows(kSource, {qv::ToRead(src), written}, rect, [&](const qv::WalkedRow& row) {
+    const T* in = row.Of<const T>(0);
+    T* out = row.Of<T>(1);
+    qv::EachStrip(row.pixels, [&](int64_t x, int pixels) {
       const int count = qv::WholeVectors(pixels);
       const ptrdiff_t first = ptrdiff_t{x} * planes;
-      const bool any = shape(rect.left + x, y, pixels, strengths);
+      const bool any = shape(row.left + x, row.y, pixels, strengths);
       // Strength 0 leaves an integer as it is; a float may be infinite or NaN.
       if (std::is_integral_v<T> && !any && !keeps) {
-        copier.Copy(out + first, in + first, sizeof(T) * pixels * planes);
+        row.copier.Copy(out + first, in + first, sizeof(T) * pixels * planes);
         return;
       }
       qv::LoadSamples<T>(in + first, planes, pixels, lower);
@@ -428,9 +418,8 @@ void MixIn(__QVImage* src, __QVImage* dst, VRect rect, const InShape& shape, flo
         }
       }
       if (keeps) qv::LoadFurther<T>(out + first, planes, pixels, lower);
-      qv::StoreSamples<T>(copier, out + first, planes, pixels, lower);
+      qv::StoreSamples<T>(row.copier, out + first, planes, pixels, lower);
     });
-    y++;
   });
 }
 

@@ -9,8 +9,10 @@
 
 namespace qv {
 
-/// From samples to 0 to 1 and back. Stages take it as a value: they exist once for all depths.
-struct UnitScale {
+/// What a strip holds: pixels from (x, y) of an image on. `toUnit` and `max` take its samples to 0
+/// to 1 and back: stages exist once for all depths.
+struct Stretch {
+  int x, y, pixels;
   float toUnit, max;
 };
 
@@ -41,31 +43,25 @@ void LoadFurther(const T* row, int planes, int pixels, Strip& strip) {
   }
 }
 
-struct Nothing {
-  void operator()() const {}
-};
-
 /// Walks a rectangle of src and dst, images of the same pixels of type T that strips can hold.
-/// @param stage stage(strip, pixels, scale): changes planes, which hold samples on their own scale;
-///              the first three alone where further ones stay.
-/// @param begin called before each row.
-template <class T, class Stage, class Begin = Nothing>
+/// @param stage stage(strip, stretch): changes planes, which hold samples on their own scale; the
+///              first three alone where further ones stay.
+template <class T, class Stage>
 void WalkColors(Where where, __QVImage* src, __QVImage* dst, VRect rect, FurtherPlanes further,
-                Stage&& stage, Begin begin = {}) {
-  constexpr UnitScale kScale = {Sample<T>::kToUnit, Sample<T>::kMax};
+                Stage&& stage) {
   const int planes = QVImageGetNumPlanes(dst);
   const bool keeps = further == FurtherPlanes::kOfDst && planes > 3;
   Strip strip;
   WalkRows(where, {ToRead(src), keeps ? ToReadWrite(dst) : ToWrite(dst)}, rect,
-           [&](void** rows, int width, RowCopier& copier) {
-    begin();
-    EachStrip(width, [&](int64_t x, int pixels) {
+           [&](const WalkedRow& row) {
+    EachStrip(row.pixels, [&](int64_t x, int pixels) {
       const int64_t first = x * planes;
-      LoadUnscaled<T>(static_cast<const T*>(rows[0]) + first, planes, pixels, strip);
-      stage(strip, pixels, kScale);
-      T* out = static_cast<T*>(rows[1]) + first;
+      LoadUnscaled<T>(row.Of<T>(0) + first, planes, pixels, strip);
+      stage(strip, Stretch{static_cast<int>(row.left + x), row.y, pixels, Sample<T>::kToUnit,
+                           Sample<T>::kMax});
+      T* out = row.Of<T>(1) + first;
       if (keeps) LoadFurther(out, planes, pixels, strip);
-      StoreSamples<T>(copier, out, planes, pixels, strip);
+      StoreSamples<T>(row.copier, out, planes, pixels, strip);
     });
   });
 }
@@ -74,17 +70,16 @@ void WalkColors(Where where, __QVImage* src, __QVImage* dst, VRect rect, Further
 /// @param formula Color3 formula(Color3).
 template <class Formula>
 auto ChangeColors(Formula formula) {
-  return [formula](Strip& strip, int pixels, UnitScale scale) {
-    const int count = WholeVectors(pixels);
+  return [formula](Strip& strip, Stretch at) {
+    const int count = WholeVectors(at.pixels);
     float* __restrict x = strip[0];
     float* __restrict y = strip[1];
     float* __restrict z = strip[2];
     for (int i = 0; i < count; i++) {
-      const Color3 c =
-          formula(Color3{x[i] * scale.toUnit, y[i] * scale.toUnit, z[i] * scale.toUnit});
-      x[i] = c.x * scale.max;
-      y[i] = c.y * scale.max;
-      z[i] = c.z * scale.max;
+      const Color3 c = formula(Color3{x[i] * at.toUnit, y[i] * at.toUnit, z[i] * at.toUnit});
+      x[i] = c.x * at.max;
+      y[i] = c.y * at.max;
+      z[i] = c.z * at.max;
     }
   };
 }
@@ -98,20 +93,20 @@ struct ColorsOver {
 
   explicit ColorsOver(BlendStrip aBlend) : blend(aBlend) {}
 
-  void Begin(const Strip& strip, int pixels, UnitScale scale) {
-    const int count = WholeVectors(pixels);
+  void Begin(const Strip& strip, Stretch at) {
+    const int count = WholeVectors(at.pixels);
     for (int c = 0; c < 3; c++) {
-      for (int i = 0; i < count; i++) base[c][i] = strip[c][i] * scale.toUnit;
+      for (int i = 0; i < count; i++) base[c][i] = strip[c][i] * at.toUnit;
     }
   }
 
-  void End(Strip& strip, int pixels, UnitScale scale) {
-    const int count = WholeVectors(pixels);
-    blend(top, base, mixed, 3, pixels);
+  void End(Strip& strip, Stretch at) {
+    const int count = WholeVectors(at.pixels);
+    blend(top, base, mixed, 3, at.pixels);
     for (int c = 0; c < 3; c++) {
       for (int i = 0; i < count; i++) {
         const float sum = mixed[c][i] * opacity[i] + base[c][i] * (1.0f - opacity[i]);
-        strip[c][i] = sum * scale.max;
+        strip[c][i] = sum * at.max;
       }
     }
   }

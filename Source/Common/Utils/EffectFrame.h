@@ -133,16 +133,26 @@ inline size_t BytesToCopy(std::span<const Walked> images, const QVImageAccess* a
   return static_cast<size_t>(rect.right - rect.left) * (rect.bottom - rect.top) * written->colBytes;
 }
 
+/// A row of a walk: its pixels from `left` on, in each of the images.
+struct WalkedRow {
+  void* const* starts;
+  int left, y, pixels;
+  RowCopier& copier;  // takes what is made to the row to write; or it is made there
+
+  template <class T>
+  T* Of(size_t image) const {
+    return static_cast<T*>(starts[image]);
+  }
+};
+
 /// Walks the rows of a rectangle of several images side by side. Images are opened, and in each row
 /// read and written, in their order. What is written outside would be dropped: those pixels aren't
 /// worked at all.
-/// @param accesses,rows room for each image.
-/// @param row           row(rows, pixels): where the row of each image is, of pixels from left to
-///                      right. Each pixel depends on its own place alone. Or row(rows, pixels,
-///                      copier), which has the copier take what it made to the row to write.
-template <class Row>
-void WalkRows(Where where, std::span<const Walked> images, QVImageAccess* accesses, void** rows,
-              VRect rect, Row&& row) {
+/// @param accesses,starts room for each image.
+/// @param work            work(WalkedRow). Each pixel depends on its own place alone.
+template <class Work>
+void WalkRows(Where where, std::span<const Walked> images, QVImageAccess* accesses, void** starts,
+              VRect rect, Work&& work) {
   for (size_t i = 0; i < images.size(); i++) {
     accesses[i].SetImage(images[i].image, images[i].fillPixel);
     if (images[i].access >= Walked::kWrite) rect = rect.Intersect(accesses[i].bounds);
@@ -152,65 +162,62 @@ void WalkRows(Where where, std::span<const Walked> images, QVImageAccess* access
   RowCopier copier(BytesToCopy(images, accesses, rect));
   for (int y = rect.top; y < rect.bottom; y++) {
     for (size_t i = 0; i < images.size(); i++) {
-      rows[i] = RowOf(accesses[i], images[i], where, y, rect.left, width);
+      starts[i] = RowOf(accesses[i], images[i], where, y, rect.left, width);
     }
-    if constexpr (std::is_invocable_v<Row&, void**, int, RowCopier&>) {
-      row(rows, width, copier);
-    } else {
-      row(rows, width);
-    }
+    work(WalkedRow{starts, rect.left, y, width, copier});
   }
 }
 
-template <size_t kImages, class Row>
-void WalkRows(Where where, const Walked (&images)[kImages], VRect rect, Row&& row) {
+template <size_t kImages, class Work>
+void WalkRows(Where where, const Walked (&images)[kImages], VRect rect, Work&& work) {
   QVImageAccess accesses[kImages];
-  void* rows[kImages];
-  WalkRows(where, images, accesses, rows, rect, row);
+  void* starts[kImages];
+  WalkRows(where, images, accesses, starts, rect, work);
 }
 
-/// Takes the pixels of a row from `from` to `to` by row(in, out, pixels, layout). Where the two
-/// overlap, or the copier streams, `row` works into a chunk; so its pointers never overlap.
-template <class T, class Layout, class Row>
-void MapRow(const T* from, T* to, int pixels, Layout layout, Row& row, RowCopier& copier) {
-  const size_t bytes = static_cast<size_t>(pixels) * layout.planes * sizeof(T);
-  if (!copier.Streams() && !Overlap(from, to, bytes)) return row(from, to, pixels, layout);
+/// Takes the pixels of a walk's row from the first image to the second by map(in, out, pixels,
+/// layout). Where the two overlap, or the copier streams, `map` works into a chunk; so its pointers
+/// never overlap.
+template <class T, class Layout, class Map>
+void MapRow(const WalkedRow& row, Layout layout, Map& map) {
+  const T* from = row.Of<T>(0);
+  T* to = row.Of<T>(1);
+  const size_t bytes = static_cast<size_t>(row.pixels) * layout.planes * sizeof(T);
+  if (!row.copier.Streams() && !Overlap(from, to, bytes)) return map(from, to, row.pixels, layout);
 
   alignas(64) T chunk[kChunkBytes / sizeof(T)];
   const int most = static_cast<int>(kChunkBytes / sizeof(T)) / layout.planes;  // at least 1
-  for (int left = pixels; left > 0; left -= most) {
+  for (int left = row.pixels; left > 0; left -= most) {
     const int count = std::min(left, most);
     const size_t samples = static_cast<size_t>(count) * layout.planes;
-    row(from, chunk, count, layout);
-    copier.Copy(to, chunk, samples * sizeof(T));
+    map(from, chunk, count, layout);
+    row.copier.Copy(to, chunk, samples * sizeof(T));
     from += samples;
     to += samples;
   }
 }
 
 /// Walks the rows of a rectangle of src and dst, images of the same pixels of type T.
-/// @param row see MapRow(); it writes every sample. Each pixel depends on its own samples alone:
+/// @param map see MapRow(); it writes every sample. Each pixel depends on its own samples alone:
 ///            those that fall outside dst aren't worked at all.
-template <class T, class Row>
-int MapRows(Where where, __QVImage* src, __QVImage* dst, VRect rect, Row row) {
+template <class T, class Map>
+int MapRows(Where where, __QVImage* src, __QVImage* dst, VRect rect, Map map) {
   DispatchLayout(QVImageGetNumPlanes(dst), QVImageGetTransparency(dst), [&](auto layout) {
     WalkRows(where, {ToRead(src), ToWrite(dst)}, rect,
-             [&](void** rows, int pixels, RowCopier& copier) {
-      MapRow(static_cast<const T*>(rows[0]), static_cast<T*>(rows[1]), pixels, layout, row, copier);
-    });
+             [&](const WalkedRow& row) { MapRow<T>(row, layout, map); });
   });
   return kQVStatusSuccess;
 }
 
 /// The whole call of an effect that makes each pixel of dst from the same pixel of src.
-/// @param row row(in, out, pixels, layout) on samples of the images' type; writes every sample.
-template <class Row>
-int MapPixels(Where where, __QVImage* src, __QVImage* dst, QVRect rect, Row row) {
+/// @param map map(in, out, pixels, layout) on samples of the images' type; writes every sample.
+template <class Map>
+int MapPixels(Where where, __QVImage* src, __QVImage* dst, QVRect rect, Map map) {
   if (!src || !dst) return kQVStatusBadArgument;
   return Guard(where, kQVStatusUnknown, [&] {
     return DispatchDepth(QVImageGetDepth(src), [&]<class T>() -> int {
       if (!HaveSamePixels(src, dst)) return kQVStatusUnsupported;
-      return MapRows<T>(where, src, dst, MakeVRect(rect), row);
+      return MapRows<T>(where, src, dst, MakeVRect(rect), map);
     });
   });
 }

@@ -56,17 +56,14 @@ void WalkGrays(Where where, __QVImage* src, __QVImage* dst, VRect rect, FurtherP
   const int planes = QVImageGetNumPlanes(dst);
   if (planes == 3 || further == FurtherPlanes::kOfSrc) {
     DispatchRGBLayout(planes, QVImageGetTransparency(dst), [&](auto layout) {
-      auto row = GrayRows(formula);
+      auto map = GrayRows(formula);
       WalkRows(where, {ToRead(src), ToWrite(dst)}, rect,
-               [&](void** rows, int pixels, RowCopier& copier) {
-        MapRow(static_cast<const T*>(rows[0]), static_cast<T*>(rows[1]), pixels, layout, row,
-               copier);
-      });
+               [&](const WalkedRow& row) { MapRow<T>(row, layout, map); });
     });
     return;
   }
-  WalkColors<T>(where, src, dst, rect, further, [&](Strip& strip, int pixels, UnitScale) {
-    const int count = WholeVectors(pixels);
+  WalkColors<T>(where, src, dst, rect, further, [&](Strip& strip, Stretch at) {
+    const int count = WholeVectors(at.pixels);
     float* __restrict r = strip[0];
     float* __restrict g = strip[1];
     float* __restrict b = strip[2];

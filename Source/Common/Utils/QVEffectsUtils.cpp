@@ -95,8 +95,8 @@ void MakeGray(__QVImage* source, __QVImage* gray) {
   qv::DispatchRGBLayout(QVImageGetNumPlanes(source), QVImageGetTransparency(source),
                         [&](auto layout) {
     qv::WalkRows(kSource, {qv::ToRead(source), qv::ToWrite(gray)},
-                 MakeVRect(QVImageGetBounds(gray)), [&](void** rows, int pixels) {
-      GrayRow<Method>(static_cast<const From*>(rows[0]), static_cast<To*>(rows[1]), pixels, layout);
+                 MakeVRect(QVImageGetBounds(gray)), [&](const qv::WalkedRow& row) {
+      GrayRow<Method>(row.Of<const From>(0), row.Of<To>(1), row.pixels, layout);
     });
   });
 }
@@ -106,14 +106,12 @@ void PutLuminosity(__QVImage* source, __QVImage* destination, __QVImage* luminos
   qv::DispatchRGBLayout(QVImageGetNumPlanes(destination), QVImageGetTransparency(destination),
                         [&](auto layout) {
     qv::WalkRows(kSource, {qv::ToRead(source), qv::ToWrite(destination), qv::ToRead(luminosity)},
-                 rect, [&](void** rows, int pixels, qv::RowCopier& copier) {
-      auto row = [lit = static_cast<const T*>(rows[2])](const T* in, T* out, int count,
-                                                        auto fixed) mutable {
+                 rect, [&](const qv::WalkedRow& row) {
+      auto map = [lit = row.Of<const T>(2)](const T* in, T* out, int count, auto fixed) mutable {
         LuminosityRow(in, lit, out, count, fixed);
         lit += count;
       };
-      qv::MapRow(static_cast<const T*>(rows[0]), static_cast<T*>(rows[1]), pixels, layout, row,
-                 copier);
+      qv::MapRow<T>(row, layout, map);
     });
   });
 }
