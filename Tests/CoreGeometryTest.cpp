@@ -129,60 +129,45 @@ TEST(CoreGeometry, TransformedRectHoldsTheCorners) {
   }
 }
 
-// Corners are numbered clockwise on the screen from the top left, so that a turn by 90 degrees
-// carries each to the next.
-Point Corner(QVRect rect, int corner) {
-  const bool right = corner == 1 || corner == 2, bottom = corner >= 2;
-  return {rect.x + (right ? rect.width : 0.0), rect.y + (bottom ? rect.height : 0.0)};
-}
-
-TEST(CoreGeometry, ResizeCarriesCornersOntoCorners) {
+// About the centres, which are (30, 35) and (35, 52.5).
+TEST(CoreGeometry, ResizeMirrorsThenTurnsThenFits) {
   constexpr QVRect kFrom = {10, 20, 40, 30}, kTo = {-5, 7, 80, 91};
+  constexpr double kX = 80 / 40.0, kY = 91 / 30.0;                // upright
+  constexpr double kTurnedX = 80 / 30.0, kTurnedY = 91 / 40.0;  // on its side
   const struct {
     bool mirrorX, mirrorY;
-    int rotation, corners[4];  // where the corners of kFrom go
-  } cases[] = {
-      {false, false, 0, {0, 1, 2, 3}},   {true, false, 0, {1, 0, 3, 2}},
-      {false, true, 0, {3, 2, 1, 0}},    {true, true, 0, {2, 3, 0, 1}},
-      {false, false, 90, {1, 2, 3, 0}},  {false, false, 180, {2, 3, 0, 1}},
-      {false, false, -90, {3, 0, 1, 2}}, {false, false, 270, {3, 0, 1, 2}},
-      {true, false, 90, {2, 1, 0, 3}},   {false, true, 90, {0, 3, 2, 1}},
-      {true, false, -90, {0, 3, 2, 1}},  {false, false, 720, {0, 1, 2, 3}},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(testing::Message() << c.mirrorX << c.mirrorY << ' ' << c.rotation);
-    const QVAffineTransform t =
-        QVAffineTransformMakeResize(kFrom, kTo, c.mirrorX, c.mirrorY, 1, 1, c.rotation, false);
-    for (int i = 0; i < 4; i++) ExpectCarries(t, Corner(kFrom, i), Corner(kTo, c.corners[i]));
-  }
-}
-
-TEST(CoreGeometry, ResizeScalesAboutTheCentres) {
-  constexpr QVRect kFrom = {10, 20, 40, 30}, kTo = {-5, 7, 80, 90};
-  const struct {
     float scaleX, scaleY;
     int rotation;
     bool keepProportions;
     double a, b, c, d;
   } cases[] = {
-      {1, 1, 0, false, 2, 0, 0, 3},
-      {1, 1, 0, true, 3, 0, 0, 3},
-      {0.5f, 4, 0, false, 1, 0, 0, 12},
-      {0.5f, 4, 0, true, 1.5, 0, 0, 12},
-      {1, 1, 90, false, 0, -80 / 30.0, 90 / 40.0, 0},
-      {1, 1, 90, true, 0, -80 / 30.0, 80 / 30.0, 0},
-      {0.5f, 1, 90, false, 0, -40 / 30.0, 90 / 40.0, 0},
+      {false, false, 1, 1, 0, false, kX, 0, 0, kY},
+      {true, false, 1, 1, 0, false, -kX, 0, 0, kY},
+      {false, true, 1, 1, 0, false, kX, 0, 0, -kY},
+      {true, true, 1, 1, 720, false, -kX, 0, 0, -kY},
+      {false, false, 1, 1, 180, false, -kX, 0, 0, -kY},
+      {false, false, 1, 1, 90, false, 0, -kTurnedX, kTurnedY, 0},
+      {false, false, 1, 1, -90, false, 0, kTurnedX, -kTurnedY, 0},
+      {true, false, 1, 1, 90, false, 0, -kTurnedX, -kTurnedY, 0},
+      {false, true, 1, 1, 90, false, 0, kTurnedX, kTurnedY, 0},
+      {true, false, 1, 1, 270, false, 0, kTurnedX, kTurnedY, 0},
+      {false, false, 1, 1, 0, true, kY, 0, 0, kY},
+      {false, false, 1, 1, 90, true, 0, -kTurnedX, kTurnedX, 0},
+      {false, false, 0.5f, 4, 0, false, kX / 2, 0, 0, kY * 4},
+      {false, false, 0.5f, 4, 0, true, kY / 2, 0, 0, kY * 4},
+      {false, false, 0.5f, 1, 90, false, 0, -kTurnedX / 2, kTurnedY, 0},
   };
   for (const auto& c : cases) {
+    SCOPED_TRACE(testing::Message() << c.mirrorX << c.mirrorY << ' ' << c.rotation);
     const QVAffineTransform t = QVAffineTransformMakeResize(
-        kFrom, kTo, false, false, c.scaleX, c.scaleY, c.rotation, c.keepProportions);
-    ExpectCarries(t, {30, 35}, {35, 52});
-    ExpectCarries(t, {31, 35}, {35 + c.a, 52 + c.c});
-    ExpectCarries(t, {30, 36}, {35 + c.b, 52 + c.d});
+        kFrom, kTo, c.mirrorX, c.mirrorY, c.scaleX, c.scaleY, c.rotation, c.keepProportions);
+    ExpectCarries(t, {30, 35}, {35, 52.5});
+    ExpectCarries(t, {50, 35}, {35 + 20 * c.a, 52.5 + 20 * c.c});
+    ExpectCarries(t, {30, 50}, {35 + 15 * c.b, 52.5 + 15 * c.d});
   }
   const QVAffineTransform none =
       QVAffineTransformMakeResize({5, 5, 0, 0}, kTo, false, false, 1, 1, 0, true);
-  ExpectCarries(none, {1000, -1000}, {35, 52});
+  ExpectCarries(none, {1000, -1000}, {35, 52.5});
 }
 
 }  // namespace

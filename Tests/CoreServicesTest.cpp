@@ -7,6 +7,7 @@
 #include <random>
 
 #include "CaughtLog.h"
+#include "TestImage.h"
 
 namespace {
 
@@ -96,21 +97,14 @@ TEST(CoreFoundation, ArraysGrowPastTheirCapacity) {
 }
 
 TEST(CoreFoundation, ArraysHoldTheirValues) {
-  static int released;
-  released = 0;
-  const QVImageCallbacks callbacks = {[](void*, QVRect, int, int, void*, int) {
-    return 0;
-  }, [](void*, QVRect, int, int, const void*, int) { return 0; }, [](void*) { released++; }};
   CFMutableArrayRef images = CFArrayCreateMutable(nullptr, 1, QVUtilsGetArrayCallbacks());
-  for (int i = 0; i < 20; i++) {
-    __QVImage* image;
-    ASSERT_EQ(QVImageCreateWithCallbacks({0, 0, 1, 1}, 8, 1, 1, 0, &callbacks, nullptr, &image), 0);
+  {
+    const test::TestImage image({0, 0, 1, 1}, {8, 1, 0}, test::Residency::kCallbacks);
     CFArrayAppendValue(images, image);
-    QVImageRelease(image);
   }
-  EXPECT_EQ(released, 0);
+  EXPECT_EQ(test::TestImage::Living(), 1);
   CFRelease(images);
-  EXPECT_EQ(released, 20);
+  EXPECT_EQ(test::TestImage::Living(), 0);
 
   // The array keeps, and releases, what `retain` gave for the value.
   static const int kValues[2] = {};

@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // What every effect stands on: sample types, dispatch, and how failures travel.
+#include <QVEffects/QVEffectsBasics.h>
+#include <QVEffects/QVEffectsConvert.h>
 #include <gmock/gmock.h>
 
 #include <bit>
+#include <climits>
 #include <cmath>
 #include <cstring>
+#include <functional>
 #include <limits>
 #include <new>
 #include <stdexcept>
@@ -85,15 +89,23 @@ TEST(Walk, StreamsWhatIsLargeAndItsOwn) {
   EXPECT_FALSE(streams({qv::ToRead(src), qv::ToWrite(behind)}, kBounds));
 }
 
-TEST(Copier, LeavesWhatOverlapsAsMoved) {
-  std::vector<unsigned char> bytes(3000), expected;
-  for (size_t i = 0; i < bytes.size(); i++) bytes[i] = static_cast<unsigned char>(i * 7 + i / 256);
-  expected = bytes;
-  std::memmove(&expected[100], expected.data(), 2500);
-  qv::RowCopier copier(size_t{16} << 20);
-  ASSERT_TRUE(copier.Streams());
-  copier.Copy(&bytes[100], bytes.data(), 2500);
-  EXPECT_TRUE(bytes == expected);
+// From any address to any, in any length; what overlaps comes out as moved.
+TEST(Copier, StreamsAnyRange) {
+  constexpr struct {
+    size_t to, from, bytes;
+  } kCases[] = {{1501, 3, 1490}, {65, 1600, 1399}, {1601, 7, 5}, {100, 0, 2500}, {0, 100, 2500}};
+  for (const auto& c : kCases) {
+    std::vector<unsigned char> bytes(3000);
+    for (size_t i = 0; i < bytes.size(); i++) {
+      bytes[i] = static_cast<unsigned char>(i * 7 + i / 256);
+    }
+    std::vector<unsigned char> expected = bytes;
+    std::memmove(&expected[c.to], &expected[c.from], c.bytes);
+    qv::RowCopier copier(size_t{16} << 20);
+    ASSERT_TRUE(copier.Streams());
+    copier.Copy(&bytes[c.to], &bytes[c.from], c.bytes);
+    EXPECT_TRUE(bytes == expected) << c.to;
+  }
 }
 
 TEST(Dispatch, GivesTypeAndLayout) {
@@ -176,6 +188,52 @@ TEST(Failure, IsLoggedWhereItHappens) {
   EXPECT_EQ(log.events[0].line, line);
   EXPECT_EQ(log.events[1].code, kQVStatusBadArgument);
   EXPECT_EQ(log.events[1].line, 77);
+}
+
+TEST(Failure, OfRowsIsLoggedOnce) {
+  constexpr int kBad = kQVStatusBadArgument;
+  constexpr QVRect kBounds = {0, 0, 4, 4};
+  constexpr VRect kRect = {0, 0, 4, 4};
+  const QVImageCallbacks failing = {
+      [](void*, QVRect, int, int, void*, int) { return 77; },
+      [](void*, QVRect, int, int, const void*, int) { return 78; },
+      nullptr,
+  };
+  qv::ImageRef src;
+  ASSERT_EQ(QVImageCreateWithCallbacks(kBounds, 8, 3, kQVColorSpaceRGB, 0, &failing, nullptr,
+                                       src.Receive()),
+            kQVStatusSuccess);
+  TestImage dst(kBounds, {8, 3, 0}), light(kBounds, {8, 1, 0});
+  const std::vector<std::byte> before = dst.Bytes();
+  __QVImage* result = dst;
+  const auto gray = [&](__QVImage* source, VRect rect) {
+    return CreateGrayScaleImage(source, result, rect, kGrayAsSource, kGrayLuma);
+  };
+  const struct {
+    int status;
+    const char* file;
+    std::function<int()> run;
+  } cases[] = {
+      {kBad, "QVEffects/QVEffectsInvert", [&] { return QVEffectsInvert(src, dst, kBounds); }},
+      {kBad, "Utils/QVEffectsUtils", [&] { return QVEffectsCopyImage(src, dst, kBounds); }},
+      {kQVStatusUnknown, "QVEffects/QVEffectsConvertImageMode",
+       [&] { return QVEffectsConvertImageMode(src, dst, kBounds, kQVColorModeRGBToHSB); }},
+      {kBad, "Utils/QVEffectsUtils", [&] { return ApplyLuminosity(src, dst, light, kRect); }},
+      {kBad, "Utils/QVEffectsUtils", [&] { return gray(src, kRect); }},
+      // Inside out, and with edges further apart than an int holds.
+      {kBad, "Utils/QVEffectsUtils", [&] { return gray(dst, {0, 5, 4, 1}); }},
+      {kBad, "Utils/QVEffectsUtils", [&] { return gray(dst, {INT_MIN, 0, INT_MAX, 0}); }},
+  };
+  for (const auto& c : cases) {
+    test::CaughtLog log;
+    EXPECT_EQ(c.run(), c.status);
+    ASSERT_EQ(log.events.size(), 1u);
+    EXPECT_EQ(log.events[0].code, kQVStatusBadArgument);
+    EXPECT_EQ(log.events[0].path, std::string("Source/Common/") + c.file);
+    EXPECT_GT(log.events[0].line, 0);
+  }
+  EXPECT_EQ(result, nullptr);
+  EXPECT_TRUE(dst.Bytes() == before);
 }
 
 }  // namespace

@@ -4,11 +4,9 @@
 
 #include <climits>
 #include <cmath>
-#include <functional>
 
 #include "CaughtLog.h"
-#include "Naive.h"
-#include "TestImage.h"
+#include "NaiveColors.h"
 #include "Utils/QVEffectsUtils.h"
 
 namespace {
@@ -37,7 +35,7 @@ constexpr float kFactors[2][3][3] = {
 
 Pixel Gray(const Pixel& p, int from, int to, int method) {
   const float r = GetSample(p, 0, from), g = GetSample(p, 1, from), b = GetSample(p, 2, from);
-  const float sum = method == kGrayMean ? r + g + b : b * 0.114f + (g * 0.587f + r * 0.299f);
+  const float sum = method == kGrayMean ? r + g + b : test::Luma({r, g, b});
   Pixel gray = {};
   SetSample(gray, 0, to, sum * kFactors[method][from / 16][to / 16]);
   return gray;
@@ -115,14 +113,12 @@ TEST(GrayImages, KeepWhiteAndHoldWildFloats) {
 
 Pixel Lit(Pixel pixel, float luminosity, int depth) {
   const float unit = test::UnitScale(depth);
-  const float r = GetSample(pixel, 0, depth) * unit, g = GetSample(pixel, 1, depth) * unit,
-              b = GetSample(pixel, 2, depth) * unit, y = luminosity * unit;
-  const float cb = b * 0.5f + (g * -0.331264f + r * -0.168736f) + 0.5f - 0.5f;
-  const float cr = b * -0.081312f + (g * -0.418688f + r * 0.5f) + 0.5f - 0.5f;
-  const float rgb[] = {cr * 1.402f + y, cr * -0.714136f + (cb * -0.344136f + y), cb * 1.772f + y};
-  for (int c = 0; c < 3; c++) {
-    SetSample(pixel, c, depth, std::clamp(rgb[c], 0.0f, 1.0f) * FullScale(depth));
-  }
+  test::Rgb rgb;
+  for (int c = 0; c < 3; c++) rgb[c] = GetSample(pixel, c, depth) * unit;
+  test::Rgb ycc = test::ToYcc(rgb);
+  ycc[0] = luminosity * unit;
+  rgb = test::FromYcc(ycc);
+  for (int c = 0; c < 3; c++) SetSample(pixel, c, depth, rgb[c] * FullScale(depth));
   return pixel;
 }
 
@@ -153,22 +149,11 @@ TEST(Luminosity, IsExactWhereverTheRectangleLies) {
       }
     }
   }
-}
-
-// In place long rows are worked in several parts.
-TEST(Luminosity, OfItsOwnLumaLeavesAnImage) {
-  constexpr VRect kAll = {0, 0, 2, 5000};
-  for (const auto& [form, tolerance] : {std::pair{Form{8, 3, 0}, 1.001 / 255},  //
-                                        {Form{16, 4, 1}, 1.01 / 65535}}) {
-    TestImage image({0, 0, 5000, 2}, form), before({0, 0, 5000, 2}, form);
-    qv::ImageRef luma;
-    ASSERT_EQ(CreateGrayScaleImage(image, *luma.Receive(), kAll, 0, 0), 0);
-    ASSERT_EQ(ApplyLuminosity(image, image, luma, kAll), 0);
-    for (int i = 0; i < 5000 * 2 * form.planes; i++) {
-      const int p = i % form.planes, x = i / form.planes % 5000, y = i / form.planes / 5000;
-      ASSERT_NEAR(image.Value(x, y, p), before.Value(x, y, p), tolerance) << form << x;
-    }
-  }
+  // In place long rows are worked in several parts.
+  constexpr QVRect kLong = {0, 0, 5000, 2};
+  TestImage image(kLong, {16, 4, 1});
+  const TestImage light(kLong, {16, 1, 0}, Residency::kMemory, 4);
+  ExpectLit(image, image, light, MakeVRect(kLong));
 }
 
 // ---- Failures
@@ -176,8 +161,9 @@ TEST(Luminosity, OfItsOwnLumaLeavesAnImage) {
 TEST(GrayImages, RefuseWhatDoesNotFit) {
   TestImage rgb(kBounds, {8, 3, 0}), rgba(kBounds, {8, 4, 1}), deep(kBounds, {16, 3, 0}),
       gray(kBounds, {8, 2, 1}), light(kBounds, {8, 1, 0}), deepLight(kBounds, {16, 1, 0});
+  const TestImage twoColors(kBounds, {8, 3, 1});
   const std::vector<std::byte> before = rgb.Bytes();
-  const qv::ImageRef few = RgbView(gray);
+  const qv::ImageRef few = RgbView(twoColors);  // transparency isn't blue
   const struct {
     __QVImage* source;
     int format, method, status;
@@ -201,46 +187,6 @@ TEST(GrayImages, RefuseWhatDoesNotFit) {
   }
   EXPECT_TRUE(log.events.empty());
   EXPECT_TRUE(rgb.Bytes() == before);
-
-  // Transparency isn't blue.
-  qv::ImageRef twoColors;
-  ASSERT_EQ(
-      QVImageCreateWithParams2({0, 0, 4, 4}, 8, 3, kQVColorSpaceRGB, 1, 0, twoColors.Receive()),
-      kQVStatusSuccess);
-  __QVImage* gotten = rgb;
-  EXPECT_EQ(CreateGrayScaleImage(twoColors, gotten, kRects[0], kGrayAsSource, kGrayLuma), 1020);
-  // Edges further apart than an int holds.
-  EXPECT_EQ(CreateGrayScaleImage(rgb, gotten, {INT_MIN, 0, INT_MAX, 0}, kGrayAsSource, kGrayLuma),
-            1005);
-  EXPECT_EQ(gotten, nullptr);
-}
-
-TEST(GrayImages, FailuresAreLoggedOnce) {
-  const QVImageCallbacks failing = {[](void*, QVRect, int, int, void*, int) {
-    return 77;
-  }, [](void*, QVRect, int, int, const void*, int) { return 78; }, nullptr};
-  qv::ImageRef unreadable;
-  ASSERT_EQ(
-      QVImageCreateWithCallbacks(kBounds, 8, 3, 2, 0, &failing, nullptr, unreadable.Receive()), 0);
-  const TestImage rgb(kBounds, {8, 3, 0}), light(kBounds, {8, 1, 0});
-  __QVImage* result = rgb;
-  const auto gray = [&](__QVImage* source, VRect rect) {
-    return CreateGrayScaleImage(source, result, rect, 0, 0);
-  };
-  const std::function<int()> failures[] = {
-      [&] { return gray(rgb, {0, 5, 4, 1}); },                          // inside out
-      [&] { return gray(rgb, {INT_MIN, INT_MIN, INT_MAX, INT_MAX}); },  // no image is so large
-      [&] { return gray(unreadable, kRects[0]); },
-      [&] { return ApplyLuminosity(unreadable, rgb, light, kRects[0]); },
-  };
-  for (const auto& failure : failures) {
-    test::CaughtLog log;
-    EXPECT_EQ(failure(), kQVStatusBadArgument);
-    EXPECT_EQ(result, nullptr);
-    ASSERT_EQ(log.events.size(), 1u);
-    EXPECT_EQ(log.events[0].code, kQVStatusBadArgument);
-    EXPECT_EQ(log.events[0].path, "Source/Common/Utils/QVEffectsUtils");
-  }
 }
 
 }  // namespace

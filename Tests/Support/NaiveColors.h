@@ -103,6 +103,21 @@ inline Rgb Blended(QVBlendMode mode, Rgb upper, Rgb lower) {
 
 inline float PlainLuma(Rgb c) { return 0.299f * c[0] + 0.587f * c[1] + 0.114f * c[2]; }
 
+/// Luma and chroma by the definition: the sums from blue to red.
+inline float Luma(Rgb c) { return c[2] * 0.114f + (c[1] * 0.587f + c[0] * 0.299f); }
+
+inline Rgb ToYcc(Rgb c) {
+  return {Luma(c), c[2] * 0.5f + (c[1] * -0.331264f + c[0] * -0.168736f) + 0.5f,
+          c[2] * -0.081312f + (c[1] * -0.418688f + c[0] * 0.5f) + 0.5f};
+}
+
+inline Rgb FromYcc(Rgb ycc) {
+  const float y = ycc[0], cb = ycc[1] - 0.5f, cr = ycc[2] - 0.5f;
+  return {std::clamp(cr * 1.402f + y, 0.0f, 1.0f),
+          std::clamp(cr * -0.714136f + (cb * -0.344136f + y), 0.0f, 1.0f),
+          std::clamp(cb * 1.772f + y, 0.0f, 1.0f)};
+}
+
 /// What the tone model of the toner and of film makes of a gray: the colour less its gray, times
 /// `share`, plus `white`.
 struct TonedGray {
