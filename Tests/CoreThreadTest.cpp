@@ -196,7 +196,6 @@ TEST(Threads, ConditionHandsTheTurnBackAndForth) {
 }
 
 TEST(Threads, ProcessorsAreThoseThatMayBeUsed) {
-  EXPECT_GE(QVProcessGetNumProcessors(), 1);
   std::thread([] {
     cpu_set_t one;
     CPU_ZERO(&one);

@@ -194,14 +194,9 @@ TEST(Failure, OfRowsIsLoggedOnce) {
   constexpr int kBad = kQVStatusBadArgument;
   constexpr QVRect kBounds = {0, 0, 4, 4};
   constexpr VRect kRect = {0, 0, 4, 4};
-  const QVImageCallbacks failing = {
-      [](void*, QVRect, int, int, void*, int) { return 77; },
-      [](void*, QVRect, int, int, const void*, int) { return 78; },
-      nullptr,
-  };
   qv::ImageRef src;
-  ASSERT_EQ(QVImageCreateWithCallbacks(kBounds, 8, 3, kQVColorSpaceRGB, 0, &failing, nullptr,
-                                       src.Receive()),
+  ASSERT_EQ(QVImageCreateWithCallbacks(kBounds, 8, 3, kQVColorSpaceRGB, 0, &test::kFailing,
+                                       nullptr, src.Receive()),
             kQVStatusSuccess);
   TestImage dst(kBounds, {8, 3, 0}), light(kBounds, {8, 1, 0});
   const std::vector<std::byte> before = dst.Bytes();

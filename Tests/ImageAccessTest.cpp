@@ -251,13 +251,9 @@ TEST(ImageAccess, ImagesWithoutPixels) {
 
 TEST(ImageAccess, FailuresAndReferences) {
   int released = 0;
-  const QVImageCallbacks failing = {
-      [](void*, QVRect, int, int, void*, int) { return 77; },
-      [](void*, QVRect, int, int, const void*, int) { return 78; },
-      [](void* context) { ++*static_cast<int*>(context); },
-  };
   __QVImage* image;
-  ASSERT_EQ(QVImageCreateWithCallbacks({0, 0, 4, 4}, 8, 1, 1, 0, &failing, &released, &image), 0);
+  ASSERT_EQ(
+      QVImageCreateWithCallbacks({0, 0, 4, 4}, 8, 1, 1, 0, &test::kFailing, &released, &image), 0);
   {
     QVImageAccess access(image, nullptr);
     QVImageRelease(image);

@@ -20,22 +20,19 @@ TEST_F(ListTest, Json) {
   ASSERT_EQ(result.code, 0) << result.error;
   const auto list = nlohmann::json::parse(result.out);
   ASSERT_EQ(list.size(), catalog::Effects().size());
-  const auto fill =
-      std::ranges::find(list, "fill-color", [](auto& effect) { return effect["name"]; });
-  ASSERT_NE(fill, list.end());
-  EXPECT_EQ((*fill)["function"], "QVEffectsFillColor");
-  EXPECT_EQ((*fill)["parameters"][0]["kind"], "color");
-  EXPECT_EQ((*fill)["parameters"][0]["default"].dump(), "[0.85,0.45,0.15,1.0]");
-  const auto convert =
-      std::ranges::find(list, "convert-mode", [](auto& effect) { return effect["name"]; });
-  ASSERT_NE(convert, list.end());
-  EXPECT_EQ((*convert)["parameters"][0]["kind"], "choice");
-  EXPECT_EQ((*convert)["parameters"][0]["default"], "rgb-to-hsb");
-  EXPECT_EQ((*convert)["parameters"][0]["choices"].size(), 6u);
-  const auto curves =
-      std::ranges::find(list, "apply-curves", [](auto& effect) { return effect["name"]; });
-  ASSERT_NE(curves, list.end());
-  EXPECT_EQ((*curves)["parameters"][0]["neutral"].dump(), "[[0.0,0.0],[1.0,1.0]]");
+  const auto named = [&](const std::string& name) -> nlohmann::json {
+    for (const auto& effect : list) {
+      if (effect["name"] == name) return effect;
+    }
+    return {};
+  };
+  EXPECT_EQ(named("fill-color")["function"], "QVEffectsFillColor");
+  EXPECT_EQ(named("fill-color")["parameters"][0]["kind"], "color");
+  EXPECT_EQ(named("fill-color")["parameters"][0]["default"].dump(), "[0.85,0.45,0.15,1.0]");
+  EXPECT_EQ(named("convert-mode")["parameters"][0]["kind"], "choice");
+  EXPECT_EQ(named("convert-mode")["parameters"][0]["default"], "rgb-to-hsb");
+  EXPECT_EQ(named("convert-mode")["parameters"][0]["choices"].size(), 6u);
+  EXPECT_EQ(named("apply-curves")["parameters"][0]["neutral"].dump(), "[[0.0,0.0],[1.0,1.0]]");
   for (const auto& effect : list) {
     for (const auto& parameter : effect["parameters"]) {
       if (parameter["kind"] != "number" && parameter["kind"] != "integer") continue;

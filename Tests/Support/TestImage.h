@@ -35,6 +35,15 @@ inline constexpr Form kForms[] = {
 enum class Residency { kMemory, kCallbacks };
 std::ostream& operator<<(std::ostream& out, Residency residency);
 
+/// Transfers fail with statuses of their own; the context, if any, counts releases.
+inline constexpr QVImageCallbacks kFailing = {
+    [](void*, QVRect, int, int, void*, int) { return 77; },
+    [](void*, QVRect, int, int, const void*, int) { return 78; },
+    [](void* context) {
+  if (context) ++*static_cast<int*>(context);
+},
+};
+
 /// An image over bytes that the test holds. The stride is larger than a row and no multiple of a
 /// pixel; padding and samples start as random bits, samples spread over the range with many at its
 /// ends (floats also beyond it).
