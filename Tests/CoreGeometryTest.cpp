@@ -74,19 +74,16 @@ TEST(CoreGeometry, OutsetAndPointsHoldAtTheEndsOfInt) {
   }
 }
 
-TEST(CoreGeometry, QuarterTurnsAreExact) {
+TEST(CoreGeometry, ScalesThenTurnsAboutThePivotThenMoves) {
   const struct {
     float angle, cosine, sine;
   } cases[] = {{0, 1, 0},    {90, 0, 1},  {180, -1, 0}, {270, 0, -1},
-               {-90, 0, -1}, {360, 1, 0}, {450, 0, 1},  {3600090, 0, 1}};
+               {-90, 0, -1}, {360, 1, 0}, {450, 0, 1},  {3600090, 0, 1}};  // exactly
   for (const auto& c : cases) {
     const QVAffineTransform t = QVAffineTransformMake(c.angle, 1, 1, 0, 0, 0, 0);
     EXPECT_TRUE(t.a == c.cosine && t.b == -c.sine && t.c == c.sine && t.d == c.cosine) << c.angle;
   }
   ExpectCarries(QVAffineTransformMake(30, 1, 1, 0, 0, 0, 0), {1, 0}, {std::sqrt(0.75), 0.5});
-}
-
-TEST(CoreGeometry, ScalesThenTurnsAboutThePivotThenMoves) {
   const QVAffineTransform t = QVAffineTransformMake(90, 2, 3, 10, 20, 5, -7);
   ExpectCarries(t, {10, 20}, {15, 13});
   ExpectCarries(t, {11, 20}, {15, 15});

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What every effect stands on: sample types, dispatch, and how failures travel.
+// What every effect stands on: sample types, walks, and how failures travel.
 #include <QVEffects/QVEffectsBasics.h>
 #include <QVEffects/QVEffectsConvert.h>
 #include <gmock/gmock.h>
@@ -54,14 +54,6 @@ TYPED_TEST(IntegerSamples, RoundToNearestAndComeBack) {
   }
 }
 
-TEST(FloatSamples, StayAsTheyAre) {
-  for (const float value : {-0.0f, -3.5f, 0.1f, 7e20f, kInfinity, std::nanf("5")}) {
-    const auto bits = std::bit_cast<uint32_t>(value);
-    EXPECT_EQ(std::bit_cast<uint32_t>(qv::ToUnit(value)), bits);
-    EXPECT_EQ(std::bit_cast<uint32_t>(qv::FromUnit<float>(value)), bits);
-  }
-}
-
 // Large results go around the caches, unless they're read in the same walk or go through buffers.
 TEST(Walk, StreamsWhatIsLargeAndItsOwn) {
   constexpr QVRect kBounds = {0, 0, 1500, 1500}, kSmall = {10, 10, 500, 500};
@@ -105,36 +97,6 @@ TEST(Copier, StreamsAnyRange) {
     ASSERT_TRUE(copier.Streams());
     copier.Copy(&bytes[c.to], &bytes[c.from], c.bytes);
     EXPECT_TRUE(bytes == expected) << c.to;
-  }
-}
-
-TEST(Dispatch, GivesTypeAndLayout) {
-  for (const auto& [depth, expected] : {std::pair{8, 1 + 10},
-                                        {16, 2 + 10},
-                                        {32, 4 + 20},
-                                        {0, 1020},
-                                        {1, 1020},
-                                        {24, 1020},
-                                        {64, 1020},
-                                        {-8, 1020}}) {
-    EXPECT_EQ(qv::DispatchDepth(depth,
-                                []<class T>() {
-      return static_cast<int>(sizeof(T)) + (std::is_integral_v<T> ? 10 : 20);
-    }),
-              expected)
-        << depth;
-  }
-  for (int planes = 1; planes <= 64; planes++) {
-    for (int transparency = 0; transparency < 2 && transparency < planes; transparency++) {
-      SCOPED_TRACE(testing::Message() << planes << ' ' << transparency);
-      const bool isFixed = qv::DispatchLayout(planes, transparency, [&](auto layout) {
-        EXPECT_EQ(layout.planes, planes);
-        EXPECT_EQ(layout.transparency, transparency);
-        EXPECT_EQ(layout.colors, planes - transparency);
-        return std::is_empty_v<decltype(layout)>;
-      });
-      EXPECT_EQ(isFixed, planes <= 4 && (planes - transparency) % 2 == 1);
-    }
   }
 }
 

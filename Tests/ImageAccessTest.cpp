@@ -26,7 +26,6 @@ constexpr VRect kEmpty = {0, 0, 0, 0};
 TEST(VRect, Operations) {
   const VRect a = {-3, -3, 5, 5};
   EXPECT_EQ(a / 2, (VRect{-2, -2, 3, 3}));
-  EXPECT_EQ(a / 1, a);
   EXPECT_EQ((VRect{-4, 4, -6, 6} / 4), (VRect{-1, 1, -1, 2}));
   EXPECT_EQ((VRect{INT_MIN, 0, INT_MAX, 7} / INT_MAX), (VRect{-2, 0, 1, 1}));
   EXPECT_EQ(a * 3, (VRect{-9, -9, 15, 15}));
