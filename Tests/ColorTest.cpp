@@ -213,6 +213,8 @@ Color NaiveFromLab(Color c) {
   return NaiveFromXyz(out);
 }
 
+Color Scaled(Color c, float by) { return {c[0] * by, c[1] * by, c[2] * by}; }
+
 Color NaiveSaturation(Color c, float amount) {
   const float mx = c[LargestIndex(c)], mn = c[SmallestIndex(c)];
   if (mx > mn)
@@ -231,14 +233,11 @@ float NaiveFactor(float mx, float amount) {
 }
 
 Color NaiveBrightness(Color c, float amount) {
-  const float k = NaiveFactor(c[LargestIndex(c)], amount);
-  return {c[0] * k, c[1] * k, c[2] * k};
+  return Scaled(c, NaiveFactor(c[LargestIndex(c)], amount));
 }
 
 Color NaiveSaturationBrightness(Color c, float saturation, float brightness) {
-  const float k = NaiveFactor(c[LargestIndex(c)], brightness);
-  c = NaiveSaturation(c, saturation);
-  return {c[0] * k, c[1] * k, c[2] * k};
+  return Scaled(NaiveSaturation(c, saturation), NaiveFactor(c[LargestIndex(c)], brightness));
 }
 
 Color NaiveHueSaturationBrightness(Color c, float hue, float saturation, float brightness) {
@@ -266,35 +265,35 @@ Color NaiveVibrance2(Color c, float amount) {
   if (amount == 0 || d <= 0) return c;
   const float k = amount + 1 - (d / mx) * amount, sum = c[0] + c[1] + c[2];
   for (float& v : c) v = mx - (mx - v) * k;
-  const float s = std::min(1 / c[LargestIndex(c)], sum / (c[0] + c[1] + c[2]));
-  return {c[0] * s, c[1] * s, c[2] * s};
+  return Scaled(c, std::min(1 / c[LargestIndex(c)], sum / (c[0] + c[1] + c[2])));
 }
 
 constexpr std::pair<float, float> kRanges[] = {{0, 1}, {-0.5f, 1.5f}, {-2000, 2000}};
 
+constexpr struct {
+  const char* name;
+  Conversion actual;
+  Color (*expected)(Color);
+  bool signs = true;
+} kConversions[] = {
+    {"RGB2LCH", RGB2LCH, NaiveLch},
+    {"LCH2RGB", LCH2RGB, NaiveFromLch},
+    {"RGB2HSB", RGB2HSB, NaiveHsb},
+    {"HSB2RGB", HSB2RGB, NaiveFromHsb, false},
+    {"RGB2HSL", RGB2HSL, NaiveHsl},
+    {"HSL2RGB", HSL2RGB, NaiveFromHsl, false},
+    {"RGB2HSB_GLSL", RGB2HSB_GLSL, NaiveHsbGlsl, false},
+    {"HSB2RGB_GLSL", HSB2RGB_GLSL, NaiveFromHsbGlsl},
+    {"RGB2XYZ", RGB2XYZ, NaiveXyz},
+    {"XYZ2RGB", XYZ2RGB, NaiveFromXyz},
+    {"RGB2Lab", RGB2Lab, NaiveLab},
+    {"Lab2RGB", Lab2RGB, NaiveFromLab},
+};
+
 TEST(Color, ConversionsAreTheirDefinitionsBitByBit) {
-  const struct {
-    const char* name;
-    Conversion actual;
-    Color (*expected)(Color);
-    bool signs = true;
-  } cases[] = {
-      {"RGB2LCH", RGB2LCH, NaiveLch},
-      {"LCH2RGB", LCH2RGB, NaiveFromLch},
-      {"RGB2HSB", RGB2HSB, NaiveHsb},
-      {"HSB2RGB", HSB2RGB, NaiveFromHsb, false},
-      {"RGB2HSL", RGB2HSL, NaiveHsl},
-      {"HSL2RGB", HSL2RGB, NaiveFromHsl, false},
-      {"RGB2HSB_GLSL", RGB2HSB_GLSL, NaiveHsbGlsl, false},
-      {"HSB2RGB_GLSL", HSB2RGB_GLSL, NaiveFromHsbGlsl},
-      {"RGB2XYZ", RGB2XYZ, NaiveXyz},
-      {"XYZ2RGB", XYZ2RGB, NaiveFromXyz},
-      {"RGB2Lab", RGB2Lab, NaiveLab},
-      {"Lab2RGB", Lab2RGB, NaiveFromLab},
-  };
   for (const auto& [low, high] : kRanges) {
     for (const Color c : Colors(low, high)) {
-      for (const auto& test : cases)
+      for (const auto& test : kConversions)
         ASSERT_TRUE(Same(Apply(test.actual, c), test.expected(c), test.signs))
             << test.name << " of " << Text(c);
     }
@@ -335,6 +334,10 @@ TEST(Color, HasTheseValues) {
   EXPECT_EQ(Apply(LCH2RGB, {0.598f, 2, 1}), (Color{2, 0, 0}));
   EXPECT_EQ(Apply(RGB2HSB, {1, 0, 1}), (Color{-1 / 6.0f + 1, 1, 1}));
   EXPECT_EQ(Apply(HSB2RGB, {kThird, 1, 1}), (Color{0, 1, 0}));
+  EXPECT_EQ(Apply(RGB2HSL, {0.75f, 0.25f, 0.25f}), (Color{0, 0.5f, 0.5f}));
+  EXPECT_EQ(Apply(HSL2RGB, {0.5f, 1, 0.5f}), (Color{0, 1, 1}));
+  EXPECT_EQ(Apply(HueSaturationBrightness, {0.75f, 0.25f, 0.5f}, 0.5f, 1, 0.5f),
+            (Color{0.25f, 0.5f, 2 / 3.0f}));
   EXPECT_EQ(Apply(Saturation, {1, 0.75f, 0.5f}, 9), (Color{1, 0.5f, 0}));
   EXPECT_EQ(Apply(Brightness, {0.5f, 0.25f, 0}, 0.5f),
             (Color{0.5f * (4 / 3.0f), 0.25f * (4 / 3.0f), 0}));
@@ -350,14 +353,12 @@ TEST(Color, IsDefinedForAnyFloat) {
   constexpr float kInf = std::numeric_limits<float>::infinity(), kNan = NAN;
   const float hostile[] = {kNan,    -kNan,  kInf,  -kInf, FLT_MAX, -FLT_MAX, 3e9f, -3e9f,
                            FLT_MIN, 1e-45f, -0.0f, 0,     0.5f,    1,        2};
-  const Conversion conversions[] = {RGB2LCH,      LCH2RGB,      RGB2HSB, HSB2RGB, RGB2HSL, HSL2RGB,
-                                    RGB2HSB_GLSL, HSB2RGB_GLSL, RGB2XYZ, XYZ2RGB, RGB2Lab, Lab2RGB};
   float sum = 0;
   for (const float x : hostile) {
     for (const float y : hostile) {
       for (const float z : hostile) {
         const Color c = {x, y, z};
-        for (const Conversion conversion : conversions) sum += Apply(conversion, c)[0];
+        for (const auto& each : kConversions) sum += Apply(each.actual, c)[0];
         for (const float amount : hostile) {
           for (const auto change : {Saturation, Brightness, Vibrance, Vibrance2})
             sum += Apply(change, c, amount)[0];
@@ -387,9 +388,6 @@ TEST(Color, RadiatesLikeABlackBody) {
       EXPECT_NEAR(BlackBodyRadiation(wavelength, temperature) / expected, 1, 1e-11);
     }
   }
-  // Wien: the wavelength of most radiance.
-  const auto at = [](double wavelength) { return BlackBodyRadiation(wavelength, 5000); };
-  EXPECT_TRUE(at(5.7955e-7) > at(5.78e-7) && at(5.7955e-7) > at(5.81e-7));
 }
 
 TEST(Color, RandomSequenceBeginsAgain) {
@@ -412,37 +410,10 @@ TEST(Color, NoiseRepeatsEvery256) {
   EXPECT_EQ(RandomReproducible<float>(INT32_MIN, INT32_MAX), RandomReproducible<float>(0, 255));
 }
 
-TEST(Color, NoiseIsThisAndUniform) {
-  constexpr int kCount = 65536;
+TEST(Color, NoiseIsThis) {
   uint64_t hash = 0;
   for (const unsigned short v : gRandom) hash = (hash ^ v) * 0x100000001B3;
   EXPECT_EQ(hash, 3851186741337794859u);
-  EXPECT_THAT(std::vector(gRandom, gRandom + 8),
-              testing::ElementsAre(56880, 6955, 5945, 27744, 21540, 5224, 53899, 41390));
-  std::array<double, 256> high = {}, low = {};
-  double sum = 0, squares = 0;
-  // Neighbours in a row, a column and on the diagonals of the tile.
-  const int lags[] = {1, 2, 3, 255, 256, 257, 512};
-  std::array<double, std::size(lags)> products = {};
-  for (int i = 0; i < kCount; i++) {
-    const double v = gRandom[i] - 32767.5;
-    sum += v;
-    squares += v * v;
-    high[gRandom[i] >> 8]++;
-    low[gRandom[i] & 255]++;
-    for (size_t k = 0; k < std::size(lags); k++)
-      products[k] += v * (gRandom[(i + lags[k]) % kCount] - 32767.5);
-  }
-  // Each bound is four standard deviations of even chance.
-  const double variance = 65536.0 * 65536.0 / 12;
-  EXPECT_NEAR(sum / kCount, 0, 4 * std::sqrt(variance / kCount));
-  EXPECT_NEAR(squares / kCount / variance, 1, 4 * std::sqrt(0.8 / kCount));
-  for (const double product : products) EXPECT_NEAR(product / squares, 0, 4 / std::sqrt(kCount));
-  for (const auto& counts : {high, low}) {
-    double chiSquare = 0;
-    for (const double count : counts) chiSquare += (count - 256) * (count - 256) / 256;
-    EXPECT_NEAR(chiSquare, 255, 4 * std::sqrt(2 * 255));
-  }
 }
 
 }  // namespace

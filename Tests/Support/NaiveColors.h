@@ -17,7 +17,9 @@ using Rgb = std::array<float, 3>;
 
 inline constexpr Form kRgbForms[] = {{8, 3, 0},  {8, 4, 1},  {16, 3, 0},
                                      {16, 4, 1}, {32, 3, 0}, {32, 4, 1}};
-inline constexpr QVRect kColorBounds = {-3, 5, 301, 6};  // longer than a strip
+// Longer than a strip or a tile, and over the borders of tiles.
+inline constexpr QVRect kColorBounds = {-20, -4, 301, 6};
+inline constexpr QVRect kColorRect = {-15, -1, 400, 2};
 
 inline constexpr QVRect kPixel = {0, 0, 1, 1};
 
@@ -33,29 +35,58 @@ inline ColorFormula OnUnit(std::function<Rgb(Rgb)> formula) {
   };
 }
 
+/// What becomes of a pixel's colour samples, on their own scale.
+using SampleFormula = std::function<void(float* samples, int colors, int x, int y)>;
+
+/// Makes of dst what a run over kColorRect should, at most so many colours by the formula. Other
+/// planes are those of src where there is transparency, else they stay.
+inline void MapColors(const TestImage& src, TestImage& dst, const SampleFormula& formula,
+                      int most = 3) {
+  const auto [depth, planes, transparency] = src.GetForm();
+  const int colors = planes - transparency;
+  for (int y = kColorBounds.y; y < kColorBounds.y + kColorBounds.height; y++) {
+    for (int x = kColorBounds.x; x < kColorBounds.x + kColorBounds.width; x++) {
+      if (!Contains(kColorRect, x, y)) continue;
+      const Pixel from = NearestPixel(src, x, y);
+      Pixel pixel = transparency ? from : NearestPixel(dst, x, y);
+      float samples[6] = {};
+      for (int c = 0; c < colors; c++) samples[c] = GetSample(from, c, depth);
+      formula(samples, colors, x, y);
+      for (int c = 0; c < std::min(colors, most); c++) SetSample(pixel, c, depth, samples[c]);
+      PutPixel(dst.Bytes(), dst, x, y, pixel);
+    }
+  }
+}
+
+/// Expects dst to be what MapColors() makes, to the bit.
+inline void ExpectMapped(Form form, const ColorRun& run, const SampleFormula& formula,
+                         int most = 3) {
+  SCOPED_TRACE(testing::Message() << form);
+  TestImage src(kColorBounds, form, Residency::kMemory, 1);
+  TestImage dst(kColorBounds, form, Residency::kMemory, 2);
+  TestImage want(kColorBounds, form, Residency::kMemory, 2);
+  MapColors(src, want, formula, most);
+  ASSERT_EQ(run(src, dst, kColorRect), kQVStatusSuccess);
+  EXPECT_TRUE(dst.Bytes() == want.Bytes());
+}
+
 /// Runs on all forms and expects each pixel of dst to be what the formula makes of that of src:
 /// exactly, but for the sign of a zero or a NaN.
 inline void ExpectColors(const ColorRun& run, const ColorFormula& formula) {
   for (const Form form : kRgbForms) {
     SCOPED_TRACE(testing::Message() << form);
-    const auto [depth, planes, transparency] = form;
     TestImage src(kColorBounds, form, Residency::kMemory, 1);
     TestImage dst(kColorBounds, form, Residency::kMemory, 2);
-    const TestImage before(kColorBounds, form, Residency::kMemory, 2);
-    const QVRect rect = {1, 8, 400, 2};
-    ASSERT_EQ(run(src, dst, rect), kQVStatusSuccess);
+    TestImage want(kColorBounds, form, Residency::kMemory, 2);
+    MapColors(src, want, [&](float* s, int, int, int) {
+      const Rgb out = formula({s[0], s[1], s[2]}, UnitScale(form.depth), FullScale(form.depth));
+      std::copy_n(out.data(), 3, s);
+    });
+    ASSERT_EQ(run(src, dst, kColorRect), kQVStatusSuccess);
     for (int y = kColorBounds.y; y < kColorBounds.y + kColorBounds.height; y++) {
       for (int x = kColorBounds.x; x < kColorBounds.x + kColorBounds.width; x++) {
-        Pixel want = NearestPixel(Contains(rect, x, y) ? src : before, x, y);
-        const Pixel got = NearestPixel(dst, x, y);
-        if (Contains(rect, x, y)) {
-          const Rgb out = formula(
-              {GetSample(want, 0, depth), GetSample(want, 1, depth), GetSample(want, 2, depth)},
-              UnitScale(depth), FullScale(depth));
-          for (int p = 0; p < 3; p++) SetSample(want, p, depth, out[p]);
-        }
-        for (int p = 0; p < planes; p++) {
-          const float a = GetSample(want, p, depth), b = GetSample(got, p, depth);
+        for (int p = 0; p < form.planes; p++) {
+          const double a = want.Value(x, y, p), b = dst.Value(x, y, p);
           ASSERT_TRUE(a == b || (std::isnan(a) && std::isnan(b)))
               << a << ' ' << b << " at " << x << ',' << y << ',' << p;
         }
