@@ -48,6 +48,17 @@ inline float GetSample(const Pixel& pixel, int plane, int depth) {
   return depth == 32 ? value : static_cast<float>(integer);
 }
 
+/// A sample of an image, or of its nearest pixel.
+inline float SampleAt(const TestImage& image, int64_t x, int64_t y, int plane) {
+  return GetSample(NearestPixel(image, x, y), plane, image.GetForm().depth);
+}
+
+/// What a mask's pixel counts as, from 0 to 1.
+inline float MaskCount(const TestImage& mask, int x, int y) {
+  const float m = SampleAt(mask, x, y, 0) * UnitScale(mask.GetForm().depth);
+  return QVImageGetType(mask) == kQVImageTypeInvertedMask ? 1 - m : m;
+}
+
 /// Sets a sample from a value on its own scale: an integer one is rounded, half up, and held to the
 /// range.
 inline void SetSample(Pixel& pixel, int plane, int depth, float value) {
@@ -67,6 +78,30 @@ inline void PutPixel(std::vector<std::byte>& bytes, const TestImage& image, int 
                      const Pixel& pixel) {
   std::memcpy(bytes.data() + (image.Address(x, y) - image.Bytes().data()), pixel.data(),
               image.GetForm().ColBytes());
+}
+
+/// The bytes of an image after each of its pixels in the rectangle has become make(x, y).
+template <class Make>
+std::vector<std::byte> Changed(const TestImage& image, QVRect rect, Make&& make) {
+  std::vector<std::byte> bytes = image.Bytes();
+  const QVRect part = QVRectIntersect(rect, image.Bounds());
+  for (int y = part.y; y < part.y + part.height; y++) {
+    for (int x = part.x; x < part.x + part.width; x++) PutPixel(bytes, image, x, y, make(x, y));
+  }
+  return bytes;
+}
+
+/// The curve of brightness: a hyperbola.
+inline float Brightened(float x, float b) {
+  const float t = b + b, k = t > 0 ? 1 / (t + 1) : 1 - t;
+  return x / ((1 - k) * x + k);
+}
+
+/// The curve of midtone contrast: two cubics.
+inline float WithMidtones(float x, float p) {
+  const float m = p >= 0 ? p + 1 : 1 / (1 - p), a = (1 - m) + (1 - m), q = (m - 1) * 4;
+  const float y = 1 - x;
+  return x < 0.5f ? (a * x + q * x * x + 1) * x : 1 - (a * y + q * y * y + 1) * y;
 }
 
 }  // namespace test
