@@ -72,7 +72,7 @@ void Soften(TestImage& image) {
 
 // Every network, the histograms that follow, windows of more than 65535 samples, and pixels of so
 // many planes that no strip holds a window; the rectangle goes past three edges, and dst past src.
-// Of images of four planes only one has transparency.
+// Where they have four planes, either src or dst has transparency.
 TEST(Median, IsTheMiddleOfTheSortedWindow) {
   constexpr QVRect kLarger = {-6, 1, 46, 19}, kRect = {-9, -2, 31, 25};
   for (const Form form : kIntegerForms) {

@@ -73,7 +73,7 @@ inline void SetSample(Pixel& pixel, int plane, int depth, float value) {
   if (depth == 16) at[1] = static_cast<std::byte>(held >> 8);
 }
 
-/// Puts a pixel at a place of the image in `bytes`, a copy of image.Bytes().
+/// Puts a pixel at a place of the image in `bytes`: image.Bytes() or a copy.
 inline void PutPixel(std::vector<std::byte>& bytes, const TestImage& image, int x, int y,
                      const Pixel& pixel) {
   std::memcpy(bytes.data() + (image.Address(x, y) - image.Bytes().data()), pixel.data(),
