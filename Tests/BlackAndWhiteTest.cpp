@@ -109,14 +109,6 @@ struct Film {
   test::Rgb tone;
 };
 
-float Contrast(float x, float contrast) {
-  const float q = contrast >= 0 ? contrast + 1 : 1 / (1 - contrast);
-  const float a = 2 * (1 - q), b = 4 * (q - 1);
-  if (x < 0.5f) return (a * x + b * x * x + 1) * x;
-  const float u = 1 - x;
-  return 1 - (a * u + b * u * u + 1) * u;
-}
-
 // All combinations of contrast, grain and tone; grain of each depth, also smaller than a tile. The
 // tile repeats, and stays where it is whatever the rectangle.
 TEST(BlackAndWhite, Film) {
@@ -149,7 +141,7 @@ TEST(BlackAndWhite, Film) {
                                         film.contrast, film.grainAmount, film.toneAmount);
         }, [&](float* s, int, int x, int y) {
           float gray = w[0] * s[0] + w[1] * s[1] + w[2] * s[2];
-          if (film.contrast != 0) gray = Contrast(gray, film.contrast);
+          if (film.contrast != 0) gray = test::WithMidtones(gray, film.contrast);
           if (film.grainAmount > 0) {
             const float n = test::GetSample(test::NearestPixel(grain, x & 255, y & 255), 0, depth) *
                             test::UnitScale(depth);

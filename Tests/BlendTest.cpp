@@ -196,9 +196,8 @@ TEST(Blend, EveryModeDepthAndLayoutAgreesWithThePlainDefinition) {
       for (const Layout& layout : kLayouts) {
         for (const Masks& masks : kMasks) {
           SCOPED_TRACE(testing::Message()
-                       << "mode " << mode << " at " << depth << " bits, planes " << layout.a
-                       << ", " << layout.b << " to " << layout.dst << ", masks " << masks.a
-                       << masks.b);
+                       << "mode " << mode << " at " << depth << " bits, planes " << layout.a << ", "
+                       << layout.b << " to " << layout.dst << ", masks " << masks.a << masks.b);
           TestImage a(kBounds, {depth, layout.a, layout.aTransparency}, Residency::kMemory, 1);
           TestImage b(kShifted, {depth, layout.b, layout.bTransparency}, Residency::kMemory, 2);
           const Form form = {depth, layout.dst, layout.dstTransparency};
@@ -212,8 +211,8 @@ TEST(Blend, EveryModeDepthAndLayoutAgreesWithThePlainDefinition) {
             return mask ? static_cast<__QVImage*>(*mask) : nullptr;
           };
           PlainBlend({&a, 0.75f, maskOfA.get()}, {&b, 0.9f, maskOfB.get()}, plain, mode, kRect);
-          ASSERT_EQ(QVEffectsBlendImagesWithOpacitiesAndMasks(
-                        a, 0.75f, image(maskOfA), b, 0.9f, image(maskOfB), dst, mode, kRect),
+          ASSERT_EQ(QVEffectsBlendImagesWithOpacitiesAndMasks(a, 0.75f, image(maskOfA), b, 0.9f,
+                                                              image(maskOfB), dst, mode, kRect),
                     kQVStatusSuccess);
           ASSERT_EQ(dst.Bytes(), plain.Bytes());
 
@@ -312,8 +311,8 @@ TEST(Blend, Refusals) {
   const auto before = dst.Bytes();
   for (const int mode : {0, 1, 0x4E6F726D, -1}) EXPECT_EQ(blend(a, b, dst, mode), 1005) << mode;
   constexpr int kNormal = kQVBlendModeNormal;
-  for (const auto& [bad, status] : {std::pair<__QVImage*, int>{nullptr, 1005}, {deep, 1020},
-                                    {wide, 1020}}) {
+  for (const auto& [bad, status] :
+       {std::pair<__QVImage*, int>{nullptr, 1005}, {deep, 1020}, {wide, 1020}}) {
     EXPECT_EQ(blend(bad, b, dst, kNormal), status);
     EXPECT_EQ(blend(a, bad, dst, kNormal), status);
     EXPECT_EQ(blend(a, b, bad, kNormal), status);

@@ -129,7 +129,7 @@ TEST(CoreGeometry, TransformedRectHoldsTheCorners) {
 // About the centres, which are (30, 35) and (35, 52.5).
 TEST(CoreGeometry, ResizeMirrorsThenTurnsThenFits) {
   constexpr QVRect kFrom = {10, 20, 40, 30}, kTo = {-5, 7, 80, 91};
-  constexpr double kX = 80 / 40.0, kY = 91 / 30.0;                // upright
+  constexpr double kX = 80 / 40.0, kY = 91 / 30.0;              // upright
   constexpr double kTurnedX = 80 / 30.0, kTurnedY = 91 / 40.0;  // on its side
   const struct {
     bool mirrorX, mirrorY;

@@ -157,8 +157,8 @@ TEST(Failure, OfRowsIsLoggedOnce) {
   constexpr QVRect kBounds = {0, 0, 4, 4};
   constexpr VRect kRect = {0, 0, 4, 4};
   qv::ImageRef src;
-  ASSERT_EQ(QVImageCreateWithCallbacks(kBounds, 8, 3, kQVColorSpaceRGB, 0, &test::kFailing,
-                                       nullptr, src.Receive()),
+  ASSERT_EQ(QVImageCreateWithCallbacks(kBounds, 8, 3, kQVColorSpaceRGB, 0, &test::kFailing, nullptr,
+                                       src.Receive()),
             kQVStatusSuccess);
   TestImage dst(kBounds, {8, 3, 0}), light(kBounds, {8, 1, 0});
   const std::vector<std::byte> before = dst.Bytes();

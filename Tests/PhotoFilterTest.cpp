@@ -141,8 +141,8 @@ TEST(PhotoFilter, Refuses) {
   TestImage rgb(kPixel, {8, 3, 0}), gray(kPixel, {8, 1, 0}), deep(kPixel, {16, 3, 0});
   const std::vector<std::byte> before = rgb.Bytes();
   const auto run = [](__QVImage* src, __QVImage* dst, int type, unsigned mode, const float* a) {
-    return QVEffectsPhotoFilter(src, dst, kPixel, type, static_cast<QVBlendMode>(mode), 0, 0, {},
-                                0, 1, a, 1, nullptr, 0);
+    return QVEffectsPhotoFilter(src, dst, kPixel, type, static_cast<QVBlendMode>(mode), 0, 0, {}, 0,
+                                1, a, 1, nullptr, 0);
   };
   constexpr unsigned kNormal = kQVBlendModeNormal;
   EXPECT_EQ(run(rgb, rgb, 0, 0, kA), kQVStatusBadArgument);

@@ -273,9 +273,8 @@ TEST(Vignette, IsNoneWhereAParameterIsNoNumber) {
 // In modes of the whole colour a fourth plane of a layer is that of src; in the image it's dst's.
 TEST(Vignette, FurtherPlanes) {
   const auto owners = [](Function f, Shape shape, QVBlendMode mode) {
-    return test::OwnersOfFourth([=](auto src, auto dst, QVRect rect) {
-      return shape(f, src, dst, rect, 1, mode);
-    });
+    return test::OwnersOfFourth(
+        [=](auto src, auto dst, QVRect rect) { return shape(f, src, dst, rect, 1, mode); });
   };
   constexpr Shape kFull = {-0.5f, 0, 0, -9}, kClear = {100, 0, 0};
   for (const Shape& shape : {kFull, kClear}) {

@@ -80,8 +80,8 @@ TEST_F(ChainTest, Curves) {
   EXPECT_EQ(ReadStored(At("out.png")).samples, ReadStored(At("inverted.png")).samples);
   QvfxDone("in.png -o out.png apply-curves curve=0.2,0:0.4,0.1:0.6,0.9:0.8,1");
   const std::vector<float> mapped = ReadStored(At("out.png")).samples;
-  EXPECT_EQ(mapped[6], 0);     // of 42
-  EXPECT_EQ(mapped[30], 255);  // of 210
+  EXPECT_EQ(mapped[6], 0);              // of 42
+  EXPECT_EQ(mapped[30], 255);           // of 210
   EXPECT_NEAR(mapped[18], 122.5, 7.5);  // of 126
 }
 
