@@ -18,10 +18,9 @@ using test::Residency;
 using test::TestImage;
 
 std::vector<Form> Forms(int leastColors) {
-  std::vector<Form> forms = {{8, 5, 1}, {16, 5, 0}, {32, 6, 1}};
-  for (const Form& form : test::kForms) {
-    if (form.planes - form.transparency >= leastColors) forms.push_back(form);
-  }
+  std::vector<Form> forms = {{8, 2, 0}, {8, 5, 1}, {16, 3, 1}, {16, 5, 0}, {32, 6, 1}};
+  forms.insert(forms.end(), std::begin(test::kForms), std::end(test::kForms));
+  std::erase_if(forms, [=](Form form) { return form.planes - form.transparency < leastColors; });
   return forms;
 }
 

@@ -302,7 +302,8 @@ TEST(Blend, CodesAndReverseForms) {
 TEST(Blend, Refusals) {
   TestImage a(kBounds, {8, 4, 1}), b(kBounds, {8, 3, 0}), dst(kBounds, {8, 4, 1}),
       deep(kBounds, {16, 4, 1});
-  TestImage mask8(kBounds, {8, 1, 0}), mask16(kBounds, {16, 1, 0}), wide(kBounds, {8, 7, 0});
+  TestImage mask8(kBounds, {8, 1, 0}), mask16(kBounds, {16, 1, 0}), wide(kBounds, {8, 7, 0}),
+      six(kBounds, {8, 6, 0});
   const auto blend = [](__QVImage* upper, __QVImage* lower, __QVImage* to, int mode,
                         __QVImage* upperMask = nullptr, __QVImage* lowerMask = nullptr) {
     return QVEffectsBlendImagesWithOpacitiesAndMasks(upper, 1, upperMask, lower, 1, lowerMask, to,
@@ -317,6 +318,7 @@ TEST(Blend, Refusals) {
     EXPECT_EQ(blend(a, bad, dst, kNormal), status);
     EXPECT_EQ(blend(a, b, bad, kNormal), status);
   }
+  EXPECT_EQ(blend(a, b, six, kNormal), 1020);
   EXPECT_EQ(blend(a, b, dst, kNormal, mask8, mask16), 1020);
   EXPECT_EQ(blend(a, b, dst, kNormal, wide), 1020);
   EXPECT_EQ(dst.Bytes(), before);

@@ -44,13 +44,14 @@ TEST(SplitTone, IsExactInEveryMode) {
   for (const QVBlendMode mode : test::kAllModes) {
     SCOPED_TRACE(testing::Message() << std::hex << mode);
     const float balance = mode % 2 ? 0.8f : 0.3f;
-    // One array for both colours isn't one colour yet: amounts may differ.
-    for (const Rgb* highlight : {&kHighlight, &kShadow}) {
+    // Neither one array for both colours nor equal amounts alone make one colour.
+    for (const auto& [highlight, ofShadow] :
+         {std::pair{&kHighlight, 0.9f}, {&kShadow, 0.9f}, {&kHighlight, 0.4f}}) {
       test::ExpectColors([&](auto src, auto dst, QVRect rect) {
-        return QVEffectsSplitTone(src, dst, rect, kShadow.data(), highlight->data(), mode, 0.9f,
+        return QVEffectsSplitTone(src, dst, rect, kShadow.data(), highlight->data(), mode, ofShadow,
                                   0.4f, balance);
       }, test::OnUnit([&](Rgb base) {
-        return GradientOver(mode, base, 0.9f, 0.4f, balance, *highlight);
+        return GradientOver(mode, base, ofShadow, 0.4f, balance, *highlight);
       }));
     }
     test::ExpectColors([&](auto src, auto dst, QVRect rect) {
