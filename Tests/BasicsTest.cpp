@@ -60,18 +60,14 @@ TEST(Basics, AreExactWhereverTheRectangleLies) {
       for (const auto& [from, to, rect] : places) {
         SCOPED_TRACE(testing::Message() << effect.name << ' ' << form << " from " << from.x);
         TestImage src(from, form, Residency::kMemory, 2), dst(to, form, Residency::kMemory, 3);
-        std::vector<std::byte> expected = dst.Bytes();
-        for (int y = to.y; y < to.y + to.height; y++) {
-          for (int x = to.x; x < to.x + to.width; x++) {
-            if (!test::Contains(rect, x, y)) continue;
-            Pixel pixel = NearestPixel(src, x, y);
-            for (int p = 0; p < form.planes; p++) {
-              const float sample = test::GetSample(pixel, p, form.depth);
-              test::SetSample(pixel, p, form.depth, effect.result(sample, p, form));
-            }
-            PutPixel(expected, dst, x, y, pixel);
+        const auto expected = test::Changed(dst, rect, [&](int x, int y) {
+          Pixel pixel = NearestPixel(src, x, y);
+          for (int p = 0; p < form.planes; p++) {
+            const float sample = test::GetSample(pixel, p, form.depth);
+            test::SetSample(pixel, p, form.depth, effect.result(sample, p, form));
           }
-        }
+          return pixel;
+        });
         EXPECT_EQ(effect.run(src, dst, rect), kQVStatusSuccess);
         EXPECT_TRUE(dst.Bytes() == expected);
       }

@@ -42,7 +42,7 @@ Pixel Converted(const Pixel& source, Form from, Form to, unsigned mode) {
                   GetSample(source, 2, depth)};
   const float alpha = from.transparency ? GetSample(source, from.planes - 1, depth) : max;
   const float a = from.transparency ? alpha * unit : 1.0f;
-  Rgb out = {test::Luma(in), 0, 0};
+  Rgb out = {test::PlainLuma(in), 0, 0};
   if (mode < 6) {
     out = kFormulas[mode]({in[0] * unit, in[1] * unit, in[2] * unit});
     for (float& v : out) v *= max;
@@ -64,12 +64,9 @@ TEST(ConvertMode, IsExactInEveryForm) {
     SCOPED_TRACE(testing::Message() << "mode " << mode << ", " << from << " to " << to);
     TestImage src({-3, 5, 300, 3}, from, Residency::kMemory, 2);
     TestImage dst({-5, 4, 290, 5}, to, Residency::kMemory, 3);
-    std::vector<std::byte> expected = dst.Bytes();
-    for (int y = 4; y < 9; y++) {
-      for (int x = -5; x < 285; x++) {
-        PutPixel(expected, dst, x, y, Converted(NearestPixel(src, x, y), from, to, mode));
-      }
-    }
+    const auto expected = test::Changed(dst, dst.Bounds(), [&](int x, int y) {
+      return Converted(NearestPixel(src, x, y), from, to, mode);
+    });
     EXPECT_EQ(QVEffectsConvertImageMode(src, dst, {-9, 2, 400, 9}, mode), kQVStatusSuccess);
     EXPECT_TRUE(dst.Bytes() == expected);
   }

@@ -35,7 +35,7 @@ constexpr float kFactors[2][3][3] = {
 
 Pixel Gray(const Pixel& p, int from, int to, int method) {
   const float r = GetSample(p, 0, from), g = GetSample(p, 1, from), b = GetSample(p, 2, from);
-  const float sum = method == kGrayMean ? r + g + b : test::Luma({r, g, b});
+  const float sum = method == kGrayMean ? r + g + b : test::PlainLuma({r, g, b});
   Pixel gray = {};
   SetSample(gray, 0, to, sum * kFactors[method][from / 16][to / 16]);
   return gray;

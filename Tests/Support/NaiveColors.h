@@ -134,11 +134,9 @@ inline Rgb Blended(QVBlendMode mode, Rgb upper, Rgb lower) {
 
 inline float PlainLuma(Rgb c) { return 0.299f * c[0] + 0.587f * c[1] + 0.114f * c[2]; }
 
-/// Luma and chroma by the definition: the sums from blue to red.
-inline float Luma(Rgb c) { return c[2] * 0.114f + (c[1] * 0.587f + c[0] * 0.299f); }
-
+/// Luma and chroma by the definition.
 inline Rgb ToYcc(Rgb c) {
-  return {Luma(c), c[2] * 0.5f + (c[1] * -0.331264f + c[0] * -0.168736f) + 0.5f,
+  return {PlainLuma(c), c[2] * 0.5f + (c[1] * -0.331264f + c[0] * -0.168736f) + 0.5f,
           c[2] * -0.081312f + (c[1] * -0.418688f + c[0] * 0.5f) + 0.5f};
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 /** @file
  *  The one Accelerate call that QVEffects makes. It is part of libQVEffects, which is built for
- * each CPU level. */
+ *  each CPU level. */
 #ifndef QVCORE9_ACCELERATE_H
 #define QVCORE9_ACCELERATE_H
 
@@ -19,7 +19,7 @@ typedef unsigned long vDSP_Length;
 /** Dot product in single precision.
  *
  *  Element i goes to running sum i modulo 16; the sixteen sums are then added in a fixed tree (i
- * and i + 8, then i and i + 4, i + 2, i + 1). The result is the same on every processor.
+ *  and i + 8, then i and i + 4, i + 2, i + 1). The result is the same on every processor.
  *  @param a,strideA first vector.
  *  @param b,strideB second vector.
  *  @param result    receives the sum; 0 when count is 0.

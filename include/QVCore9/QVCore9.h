@@ -230,7 +230,7 @@ QVCORE9_API QVRect QVAffineTransformTransformRect(QVRect rect, QVAffineTransform
 QVCORE9_API void QVLogEvent(int code, const char* path, int line);
 
 /** Writes a line of text, formatted as printf() does; an end of line at its end is dropped, and
- * what is longer than 1023 bytes is cut. */
+ *  what is longer than 1023 bytes is cut. */
 QVCORE9_API void QVLogUTF8(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
 /** @}

@@ -12,8 +12,8 @@ extern "C" {
 
 /** The ways to the samples of an image that isn't held in memory. Each transfer returns 0 or a
  *  status that the effect passes on. The rectangle lies inside the bounds and has pixels; the
- * planes run from firstPlane to lastPlane, both included, and the buffer holds only those,
- * interleaved, with rowBytes from row to row. */
+ *  planes run from firstPlane to lastPlane, both included, and the buffer holds only those,
+ *  interleaved, with rowBytes from row to row. */
 typedef struct QVImageCallbacks {
   /** Fills the buffer from the image. */
   int (*read)(void* context, QVRect rect, int firstPlane, int lastPlane, void* buffer,

@@ -21,7 +21,7 @@ extern "C" {
  *  @param src,dst source and destination.
  *  @param rect    what to work on.
  *  @return 0; kQVStatusUnsupported for a depth other than 8, 16 and 32 or images that differ in
- * depth or planes; kQVStatusBadArgument for null or a row that can't be had. */
+ *  depth or planes; kQVStatusBadArgument for null or a row that can't be had. */
 QVEFFECTS_API int QVEffectsInvert(__QVImage* src, __QVImage* dst, QVRect rect);
 
 /** Fills with one colour. Nothing is read from the image.
@@ -38,7 +38,7 @@ QVEFFECTS_API int QVEffectsFillColor(__QVImage* image, QVRect rect, const float*
  *  @param src,dst source and destination: the same bytes a pixel.
  *  @param rect    what to copy; it keeps its place.
  *  @return 0; kQVStatusUnsupported for images that differ in bytes a pixel; kQVStatusBadArgument
- * for null or a rectangle that can't be had. */
+ *  for null or a rectangle that can't be had. */
 QVEFFECTS_API int QVEffectsCopyImage(__QVImage* src, __QVImage* dst, QVRect rect);
 
 #ifdef __cplusplus

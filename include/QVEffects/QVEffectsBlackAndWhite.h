@@ -113,7 +113,7 @@ QVEFFECTS_API int QVEffectsBlackAndWhiteColorResponse(__QVImage* src, __QVImage*
  *  much get more weight, and the mean gray stays as far as no pixel is held to the range. A spread
  *  that can't be told from rounding counts as none.
  *  @param image    three to six planes, at least three of them colours, of 8, 16 or 32 bits; its
- * colour space isn't looked at.
+ *                  colour space isn't looked at.
  *  @param response receives six floats.
  *  @return 0; kQVStatusUnsupportedOlder for another depth, less than three colour planes or more
  *          than six; kQVStatusBadArgument for null or a row that can't be had. */

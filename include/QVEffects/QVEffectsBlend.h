@@ -67,16 +67,16 @@ QVEFFECTS_API int QVEffectsBlendImages(__QVImage* a, __QVImage* b, __QVImage* ds
 /** Blends layer a over layer b, each with an opacity and a mask, by the full compositing rule.
  *
  *  With the coverage of a layer, ca or cb = transparency * opacity * mask, the layers' colours A
- * and B and the mode's result R, the colour is (B * (1 - ca) * cb + (R * ca * cb + A * ca * (1 -
- * cb))) / c with c = ca + cb - ca * cb, which is the transparency of dst. Where c is 0 or less the
- * colour is R.
+ *  and B and the mode's result R, the colour is (B * (1 - ca) * cb + (R * ca * cb + A * ca * (1 -
+ *  cb))) / c with c = ca + cb - ca * cb, which is the transparency of dst. Where c is 0 or less the
+ *  colour is R.
  *
  *  a, b and dst have one depth. There are as many colour samples as in dst, at most five. A layer
  *  with as many planes counts as opaque, one with one more has its transparency there; one with
  *  fewer has 0 for the missing samples, and its transparency stands for a colour. Modes of the
- * whole colour (hue, saturation, color, luminosity, lighter-color, darker-color) are for RGB. dst
- * may be a or b. Outside its bounds a layer with transparency is empty and one without repeats its
- * edge; a mask counts as 1 there. At 8 and 16 bits results are held to the range.
+ *  whole colour (hue, saturation, color, luminosity, lighter-color, darker-color) are for RGB. dst
+ *  may be a or b. Outside its bounds a layer with transparency is empty and one without repeats its
+ *  edge; a mask counts as 1 there. At 8 and 16 bits results are held to the range.
  *  @param a,b                   upper and lower layer; at most six planes.
  *  @param opacityOfA,opacityOfB 0 to 1.
  *  @param maskOfA,maskOfB       masks of any depth but the same for both, or null; the first of up
@@ -87,7 +87,7 @@ QVEFFECTS_API int QVEffectsBlendImages(__QVImage* a, __QVImage* b, __QVImage* ds
  *  @param rect                  what to blend.
  *  @return 0; kQVStatusBadArgument for an unknown mode, null or a row that can't be had;
  *          kQVStatusUnsupported for a depth other than 8, 16 and 32, images whose depth differs
- * from that of a, masks that differ in depth, or too many planes. */
+ *  from that of a, masks that differ in depth, or too many planes. */
 QVEFFECTS_API int QVEffectsBlendImagesWithOpacitiesAndMasks(__QVImage* a, float opacityOfA,
                                                             __QVImage* maskOfA, __QVImage* b,
                                                             float opacityOfB, __QVImage* maskOfB,

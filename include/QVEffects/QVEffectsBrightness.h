@@ -22,7 +22,7 @@
  *  A mask has the depth of `src` and one plane, and may be null. One of the type
  *  kQVImageTypeInvertedMask is read upside down. Where a row of it can't be had, the effect is as
  *  without a mask. Images with a mask have at most six planes. A plain mask scales the parameters
- * by m, from 0 to 1. A bipolar one is neutral at 127 of 255, and g = m * 255 / 127 - 1.
+ *  by m, from 0 to 1. A bipolar one is neutral at 127 of 255, and g = m * 255 / 127 - 1.
  *
  *  Statuses of the effects: 0; kQVStatusUnsupported for another depth, images that differ in depth
  *  or planes, more than six planes with a mask, or another mask; kQVStatusBadArgument for null or a
@@ -136,7 +136,7 @@ QVEFFECTS_API int QVEffectsMidtoneContrastMakeCurves(int planes, float* curves, 
 
 /** Changes midtone contrast with a wider range: M(x, 2 * amount) for an amount from -1 to 1, beyond
  *  which S takes over with what is left. A bipolar mask adds its g to the amount. Amount 0 without
- * a mask is a plain copy.
+ *  a mask is a plain copy.
  *  @param src,dst source and destination.
  *  @param rect    what to work on.
  *  @param mask    the mask, or null.

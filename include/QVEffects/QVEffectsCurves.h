@@ -56,7 +56,7 @@ QVEFFECTS_API int QVEffectsConcatCurves(int planes, const float* first, const fl
  *  @param inputLength  entries of `input`, at least 1.
  *  @param input        the curve.
  *  @param outputLength entries of `output`, at least 1: a curve of one entry is the last of
- * `input`.
+ *  `input`.
  *  @param output       receives the curve; not `input`.
  *  @return 0, or kQVStatusBadArgument for null or a length below 1. */
 QVEFFECTS_API int QVEffectsResizeCurve(int inputLength, const float* input, int outputLength,

@@ -4,13 +4,13 @@
  *  operations on samples and masks.
  *
  *  Images have 8, 16 or 32 bits a sample. Those of a call have the same depth and planes unless
- * that is said otherwise, and any of those that are read may be the one that is written. Outside an
- *  image or a mask the nearest pixel inside counts, with transparency 0; what falls outside `dst`
- * is dropped. Results are rounded to nearest at 8 and 16 bits and held to the range (NaN is 0);
- * where float results are held to 0 to 1, NaN stays.
+ *  that is said otherwise, and any of those that are read may be the one that is written. Outside
+ *  an image or a mask the nearest pixel inside counts, with transparency 0; what falls outside
+ *  `dst` is dropped. Results are rounded to nearest at 8 and 16 bits and held to the range (NaN is
+ *  0); where float results are held to 0 to 1, NaN stays.
  *
  *  A mask has the depth of the image and one plane. One of the type kQVImageTypeInvertedMask is
- * read upside down. Where a row of a mask can't be had, the mask counts as absent, but for
+ *  read upside down. Where a row of a mask can't be had, the mask counts as absent, but for
  *  QVEffectsFindMaskBounds(), which needs it.
  *
  *  Statuses: 0; kQVStatusUnsupported for another depth, images or masks that don't go together, or
@@ -26,7 +26,7 @@ extern "C" {
 #endif
 
 /** Mixes an image with an effect's result. All samples are mixed, transparency too, with the share
- * t of the result: amount / 2 without a mask; with one, amount / 2 + m - 127/255, held to 0 to 1.
+ *  t of the result: amount / 2 without a mask; with one, amount / 2 + m - 127/255, held to 0 to 1.
  *  The mask is neutral at 127 of 255: brighter parts push towards the result, darker ones away.
  *  @param base   the image; at most six planes.
  *  @param effect the result.
@@ -61,7 +61,7 @@ QVEFFECTS_API int QVEffectsApplyEffectInZones(__QVImage* base, __QVImage* effect
                                               const float* brightness, const float* contrast);
 
 /** How a colour falls into six zones: pure red is 1, 0, 0, 0, 0, 0, orange half red and half
- * yellow, and grays are all 0.
+ *  yellow, and grays are all 0.
  *  @param rgb     three floats.
  *  @param weights six floats; set: red, yellow, green, cyan, blue, magenta.
  *  @return 0, or kQVStatusBadArgument for null. */
@@ -104,7 +104,7 @@ QVEFFECTS_API int QVEffectsMakeCompositeImage(__QVImage* image, QVRect rect);
  *  @param rect    what to work on.
  *  @param factors one for each plane, transparency included; 1 changes nothing.
  *  @param pivots  one for each plane, transparency included, 0 to 1; at 8 and 16 bits rounded to
- * the nearest sample.
+ *  the nearest sample.
  *  @return see QVEffectsMask.h. */
 QVEFFECTS_API int QVEffectsMultiplyValues(__QVImage* src, __QVImage* dst, QVRect rect,
                                           const float* factors, const float* pivots);

@@ -31,8 +31,8 @@ QVEFFECTS_API int QVEffectsAnalyzeImage(__QVImage* image, QVRect rect, float* me
 /** The mean colour of a rectangle, each pixel weighted by a mask and by its transparency.
  *  @param image  up to four colour planes of 8, 16 or 32 bits, with transparency or without.
  *  @param mask   one plane of 8, 16 or 32 bits, of its own depth and bounds, outside which its
- * edges go on. An inverted mask is read upside down. Null weighs all pixels alike, and so does a
- * row of the mask that can't be had.
+ *  edges go on. An inverted mask is read upside down. Null weighs all pixels alike, and so does a
+ *  row of the mask that can't be had.
  *  @param rect   what to measure.
  *  @param color  receives one float per colour plane, from 0 to 1; 0 where all weights are 0. May
  *                be null.
@@ -46,9 +46,9 @@ QVEFFECTS_API int QVEffectsGetAvgColor(__QVImage* image, __QVImage* mask, QVRect
 /** The standard deviation of each colour sample over the square around it: high at edges and in
  *  texture, near 0 in flat parts: the mean and the mean square are rounded (at 16 bits a flat part
  *  comes out up to about 16). Transparency is that of `src`. Around `src` the colours at its edges
- * go on, and beyond it the squares at the edges of what `rect` and `radius` cover; what falls
- * outside `dst` is dropped. One more image of the rectangle and its surroundings is held, of twice
- * the depth at 8 and 16 bits.
+ *  go on, and beyond it the squares at the edges of what `rect` and `radius` cover; what falls
+ *  outside `dst` is dropped. One more image of the rectangle and its surroundings is held, of twice
+ *  the depth at 8 and 16 bits.
  *  @param src,dst source and destination: the same depth and planes, not the same image.
  *  @param rect    what to work on; within the radius of it there must be a pixel of `src`.
  *  @param radius  pixels on each side of the middle one; 0 or less is a square of one pixel.
@@ -69,8 +69,8 @@ QVEFFECTS_API int QVEffectsGetColorForIndex(unsigned index, float* rgb);
  *  @param dst    what to fill: 8, 16 or 32 bits; under a mask at most six planes.
  *  @param rect   where; what falls outside `dst` is dropped.
  *  @param mask   one plane of 8, 16 or 32 bits, of its own depth and bounds, outside which its
- * edges go on; may be `dst`. An inverted mask is read upside down. Null fills with the first
- * colour, as QVEffectsFillColor() does; so does a row of the mask that can't be had.
+ *  edges go on; may be `dst`. An inverted mask is read upside down. Null fills with the first
+ *  colour, as QVEffectsFillColor() does; so does a row of the mask that can't be had.
  *  @param color1 one float per plane of `dst`, transparency included, from 0 to 1. Results are
  *                rounded to nearest at 8 and 16 bits and held to the range (NaN is 0).
  *  @param color2 the same. Null mixes with the first colour at transparency 0.

@@ -38,7 +38,7 @@ QVEFFECTS_API int QVEffectsMedian(__QVImage* src, __QVImage* dst, QVRect rect, i
  *  @param rect      what to work on; see QVEffectsBasics.h for rectangles that aren't inside.
  *  @param radius    pixels, 1 to 100 being useful; below 1 the rectangle is copied.
  *  @param threshold a fraction of full scale, 0 to 1, rounded to whole samples. 0, less and NaN
- * give the median everywhere; from 1 on the rectangle is copied, whatever the radius.
+ *  give the median everywhere; from 1 on the rectangle is copied, whatever the radius.
  *  @return as of QVEffectsMedian(). */
 QVEFFECTS_API int QVEffectsDustAndScratch(__QVImage* src, __QVImage* dst, QVRect rect, int radius,
                                           float threshold);

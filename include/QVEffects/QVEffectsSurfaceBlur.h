@@ -13,9 +13,9 @@
  *  on; inside, pixels around the rectangle take part. Results are rounded to nearest at 8 and 16
  *  bits and held to the range. Float samples outside 0 to 1 count in the bins at the ends, NaN in
  *  the first one. Sums of floats run on from pixel to pixel and from row to row, so that they
- * depend in their last bits on where the rectangle starts. For the same reason a NaN, an infinity
- * or a value beside which others vanish spoils its bin in all windows to the right of the first
- * that holds it, and in all rows below: hold such samples to a range first.
+ *  depend in their last bits on where the rectangle starts. For the same reason a NaN, an infinity
+ *  or a value beside which others vanish spoils its bin in all windows to the right of the first
+ *  that holds it, and in all rows below: hold such samples to a range first.
  *
  *  `threshold` is a part of full scale; from 0.01 (only noise goes) over 0.1 to 0.4 (nearly an
  *  ordinary blur) it is useful. `amount` mixes the result with the source: 1 is the blur alone.
@@ -37,7 +37,7 @@ extern "C" {
  *  @param radius    pixels from the centre of the window to its sides: 1 to 100. Memory grows with
  *                   it: 2 * radius + 2 rows, but never more than two beyond those of `src`, each of
  *                   the rectangle's width and 2 * radius pixels; and up to 100 bytes for each
- * colour sample of such a row.
+ *  colour sample of such a row.
  *  @param threshold how far a value may lie from the pixel's own, a part of full scale.
  *  @param amount    0 to 1; beyond it exaggerates.
  *  @return 0; kQVStatusUnsupported for a depth other than 8, 16 and 32 or images that differ in
@@ -94,8 +94,8 @@ QVEFFECTS_API int SufaceBlurredGrayScaleImageGetOutset(float radius);
  *  @param useFourBins 1 for 4 bins, which is coarser and faster, otherwise 8.
  *  @return 0; kQVStatusUnsupported for another image or another number of bytes;
  *          kQVStatusBadArgument for null, another mode where `src` has more planes than one, or a
- * row that can't be had; kQVStatusOutOfMemory, which a radius above 32767 is too; the status of
- * QVImageCreateWithParams2(). */
+ *  row that can't be had; kQVStatusOutOfMemory, which a radius above 32767 is too; the status of
+ *  QVImageCreateWithParams2(). */
 QVEFFECTS_API int SufaceBlurredGrayScaleImageCreate(__QVImage* src, __QVImage*& out, QVRect rect,
                                                     float radius, int planeBytes, float threshold,
                                                     int grayMode, int useFourBins);

@@ -5,9 +5,9 @@
  *  Effects work pixel by pixel on images of 8, 16 and 32 bits. All but QVEffectsSolarize() need
  *  three colour planes at least and six planes at most, and RGB: of `src`, QVEffectsAddToner() of
  *  `dst`. `src` and `dst` have the same depth and planes and may be the same image.
- * QVEffectsSolarize() turns all colour planes. The others change three: if `dst` (for
- * QVEffectsColorize() `src`) has transparency, all planes after the third are those of `src`; if
- * not, they are left alone in `dst`. Outside `src` the nearest pixel inside gives the colour, with
+ *  QVEffectsSolarize() turns all colour planes. The others change three: if `dst` (for
+ *  QVEffectsColorize() `src`) has transparency, all planes after the third are those of `src`; if
+ *  not, they are left alone in `dst`. Outside `src` the nearest pixel inside gives the colour, with
  *  transparency 0; what falls outside `dst` is dropped. See QVEffectsBasics.h for rectangles that
  *  aren't inside.
  *
